@@ -1,0 +1,142 @@
+#include "clicontext.h"
+#include "colorcommands.h"
+#include "describedexception.h"
+#include "palette.h"
+
+#include <QCoreApplication>
+
+#include <cstdio>
+#include <exception>
+#include <functional>
+#include <vector>
+
+namespace {
+
+struct Command
+{
+    QStringList words;                  // e.g. {"color", "to-space"}
+    std::function<int(CliContext &)> run; // empty: the feature is not built yet
+};
+
+const char *const usageText =
+    "Usage: chromaxis-cli COMMAND [ARGS]\n"
+    "\n"
+    "Colours:\n"
+    "  color to-space SPACE R G B A        components of a 16-bit colour in a colour space\n"
+    "  color from-space SPACE C1 C2 C3 C4  the 16-bit colour of space components\n"
+    "  color hsva R G B A                  hue, saturation, value and alpha of a colour\n"
+    "      SPACE is an index 0..11 or a name (RGB, XYZ, HSL, Lab, LCH, Luv, Yxy, CMY, CMYK,\n"
+    "      HSV, HSB, HunterLab); R G B A are the 32-bit words of the colour (0..65535).\n"
+    "\n"
+    "Palettes:\n"
+    "  palette show FILE [--from WORD] [--raw]\n"
+    "  palette convert IN OUT [--from WORD] [--to WORD] [--option KEY=VALUE]...\n"
+    "  palette generate NAME OUT [--size N]\n"
+    "  palette apply OPERATION IN OUT [--settings FILE] [--set KEY=VALUE]... [--select LIST]\n"
+    "  palette text IN OUT|- [--settings FILE] [--select LIST]\n"
+    "  palette render IN OUT.png [--settings FILE]\n"
+    "  palette select IN [--settings FILE] [--set KEY=VALUE]...\n"
+    "\n"
+    "Images and projects:\n"
+    "  image show FILE\n"
+    "  image render FILE OUT.png [--palette P] [--interpolate 0|1]\n"
+    "  image convert IN OUT [--settings FILE] [--set KEY=VALUE]...\n"
+    "  image quantise IN OUT [--settings FILE] [--set KEY=VALUE]...\n"
+    "  image fast NAME IN OUT\n"
+    "  project show FILE.cxw\n"
+    "  project create OUT.cxw [--palette P] [--image I] [--select LIST]\n"
+    "\n"
+    "Generators, animation, database, macros:\n"
+    "  generate NAME OUT [--settings FILE] [--set ...] [--size WxH] [--target indexed|continuous|rgb]\n"
+    "           [--palette P]\n"
+    "  animation IN OUT.gif|.avi|.wmv --start S --end E --fps F\n"
+    "  db list\n"
+    "  db show NAME\n"
+    "  macro run MACRO IN OUT\n"
+    "\n"
+    "Exit status: 0 success, 1 failure (TITLE: MESSAGE on stderr), 2 wrong usage.\n";
+
+std::vector<Command> commands()
+{
+    return {
+        {{"color", "to-space"}, colorToSpace},
+        {{"color", "from-space"}, colorFromSpace},
+        {{"color", "hsva"}, colorHsva},
+        {{"palette", "show"}, {}},
+        {{"palette", "convert"}, {}},
+        {{"palette", "generate"}, {}},
+        {{"palette", "apply"}, {}},
+        {{"palette", "text"}, {}},
+        {{"palette", "render"}, {}},
+        {{"palette", "select"}, {}},
+        {{"image", "show"}, {}},
+        {{"image", "render"}, {}},
+        {{"image", "convert"}, {}},
+        {{"image", "quantise"}, {}},
+        {{"image", "fast"}, {}},
+        {{"project", "show"}, {}},
+        {{"project", "create"}, {}},
+        {{"generate"}, {}},
+        {{"animation"}, {}},
+        {{"db", "list"}, {}},
+        {{"db", "show"}, {}},
+        {{"macro", "run"}, {}},
+    };
+}
+
+int usage(QTextStream &err, const QString &reason = {})
+{
+    if (!reason.isEmpty())
+        err << "chromaxis-cli: " << reason << "\n\n";
+    err << usageText;
+    err.flush();
+    return ExitUsage;
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setOrganizationName(QStringLiteral("KLO"));
+    QCoreApplication::setOrganizationDomain(QStringLiteral("chromaxis.org"));
+    QCoreApplication::setApplicationName(QStringLiteral("Chromaxis"));
+    registerPaletteMetaType();
+
+    QTextStream out(stdout);
+    QTextStream err(stderr);
+    const QStringList args = app.arguments().mid(1);
+    if (args.isEmpty())
+        return usage(err);
+    if (args.size() == 1 && (args[0] == "--help" || args[0] == "-h" || args[0] == "help")) {
+        out << usageText;
+        return ExitOk;
+    }
+
+    for (const Command &cmd : commands()) {
+        if (args.size() < cmd.words.size() || args.mid(0, cmd.words.size()) != cmd.words)
+            continue;
+        if (!cmd.run) {
+            err << "not available yet\n";
+            return ExitUsage;
+        }
+        CliContext ctx{args.mid(cmd.words.size()), out, err};
+        try {
+            const int rc = cmd.run(ctx);
+            out.flush();
+            return rc;
+        } catch (const CliUsageError &e) {
+            out.flush();
+            return usage(err, e.reason);
+        } catch (const DescribedException &e) {
+            out.flush();
+            err << e.title() << ": " << e.message() << '\n';
+            return ExitFailure;
+        } catch (const std::exception &e) {
+            out.flush();
+            err << "Error: " << e.what() << '\n';
+            return ExitFailure;
+        }
+    }
+    return usage(err, QStringLiteral("unknown command '%1'").arg(args.join(' ')));
+}

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QString>
+
+#include <exception>
+
+// A failure with a title for the message box and a message for its text. Readers, writers and
+// parsers throw it; the GUI shows it as it is, the command line prints "TITLE: MESSAGE".
+class DescribedException : public std::exception
+{
+public:
+    DescribedException(QString title, QString message)
+        : m_title(std::move(title)), m_message(std::move(message)), m_what((m_title + ": " + m_message).toUtf8())
+    {
+    }
+
+    const QString &title() const { return m_title; }
+    const QString &message() const { return m_message; }
+    const char *what() const noexcept override { return m_what.constData(); }
+
+private:
+    QString m_title;
+    QString m_message;
+    QByteArray m_what;
+};
