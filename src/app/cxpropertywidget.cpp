@@ -27,16 +27,20 @@ CXPropertyWidget::CXPropertyWidget(int width, QWidget *parent) : QTreeWidget(par
     }
     expandAll();
 
+    setIndentation(12);
     resize(width, height());
-    header()->resizeSection(0, width * 2 / 5);
+    resizeColumnToContents(0);
+    header()->resizeSection(0, header()->sectionSize(0) + 8);
     header()->setStretchLastSection(true);
 
     // Tall enough for the header and every row, and no taller: the palette view above takes the rest.
-    int rows = 0;
-    for (QTreeWidgetItem *group : {m_palette, m_image})
-        rows += 1 + group->childCount();
-    const int rowHeight = qMax(sizeHintForRow(0), fontMetrics().height() + 4);
-    setFixedHeight(header()->sizeHint().height() + rows * rowHeight + 2 * frameWidth() + 2);
+    int rowsHeight = 0;
+    for (QTreeWidgetItem *group : {m_palette, m_image}) {
+        rowsHeight += indexRowSizeHint(indexFromItem(group));
+        for (int i = 0; i < group->childCount(); ++i)
+            rowsHeight += indexRowSizeHint(indexFromItem(group->child(i)));
+    }
+    setFixedHeight(header()->sizeHint().height() + rowsHeight + 2 * frameWidth());
 }
 
 QTreeWidgetItem *CXPropertyWidget::row(const QString &group, const QString &name) const

@@ -1,5 +1,7 @@
 #include "presetdatabase.h"
 
+#include <QDir>
+#include <QFileInfo>
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
@@ -41,6 +43,8 @@ PresetDatabase::OpenResult PresetDatabase::open(const QString &path)
     QSqlDatabase db = QSqlDatabase::contains(m_connection)
                           ? QSqlDatabase::database(m_connection, false)
                           : QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_connection);
+    // A fresh account may have no documents folder yet; SQLite will not create it.
+    QDir().mkpath(QFileInfo(path).absolutePath());
     db.setDatabaseName(path);
     if (!db.open())
         return OpenResult::OpenFailed;
