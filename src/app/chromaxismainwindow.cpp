@@ -1,25 +1,35 @@
 #include "chromaxismainwindow.h"
 
+#include "actioncatalogue.h"
 #include "cxpropertywidget.h"
+#include "dialogs/rgbimagedialog.h"
+#include "imagelabel.h"
 #include "palettedatabase.h"
+#include "utils/qt/colorwidgets/paletteview.h"
 
 #include <QAction>
+#include <QActionGroup>
 #include <QCloseEvent>
 #include <QFileInfo>
 #include <QHBoxLayout>
 #include <QKeyEvent>
-#include <QLabel>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QMetaMethod>
 #include <QPrinter>
 #include <QScrollArea>
 #include <QSettings>
 #include <QStatusBar>
+#include <QToolBar>
 #include <QVBoxLayout>
 
 namespace {
 constexpr int paletteViewWidth = 222;
 constexpr int propertyPanelWidth = 241;
+
+const char *const copyFormatTexts[] = {"RGB hex (#000000)", "RGB hex (000000)", "RGB ints (0, 0, 0)"};
+const int maximumPaletteSizes[] = {256, 1024, 4096, 16384, 65536};
+const int defaultPaletteSizes[] = {2, 4, 8, 16, 32, 64, 128, 256, 512, 1024};
 } // namespace
 
 ChromaxisMainWindow::ChromaxisMainWindow(PaletteDatabase *builtinPalettes, QWidget *parent)
@@ -28,8 +38,9 @@ ChromaxisMainWindow::ChromaxisMainWindow(PaletteDatabase *builtinPalettes, QWidg
     m_printer = std::make_unique<QPrinter>(QPrinter::ScreenResolution);
     setWindowIcon(QIcon(QStringLiteral(":res/images/chromaxis.ico")));
     setWindowTitle(QStringLiteral("Chromaxis"));
+    setAcceptDrops(true);
 
-    m_imageView = new QLabel;
+    m_imageView = new ImageLabel;
     m_imageView->setObjectName(QStringLiteral("imageView"));
     m_imageView->setFrameStyle(QFrame::Panel | QFrame::Sunken);
     m_imageView->setBackgroundRole(QPalette::Base);
@@ -39,19 +50,21 @@ ChromaxisMainWindow::ChromaxisMainWindow(PaletteDatabase *builtinPalettes, QWidg
     m_imageScroll->setObjectName(QStringLiteral("imageScrollArea"));
     m_imageScroll->setBackgroundRole(QPalette::Dark);
     m_imageScroll->setWidget(m_imageView);
+    m_imageScroll->setMinimumSize(32, 32);
+    m_imageView->hide();
 
-    // The palette view fills this area once it exists; until then the area keeps its place.
-    m_paletteArea = new QWidget;
-    m_paletteArea->setObjectName(QStringLiteral("paletteArea"));
-    m_paletteArea->setFixedWidth(paletteViewWidth);
+    m_paletteView = new PaletteView(m_document.palette(), 16, 12, 12, 2, 2, 1, 1, 1, 1, QColor());
+    m_paletteView->setObjectName(QStringLiteral("paletteView"));
+    m_paletteView->setFixedWidth(paletteViewWidth);
+    m_paletteView->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     m_paletteScroll = new QScrollArea;
     m_paletteScroll->setObjectName(QStringLiteral("paletteScrollArea"));
     m_paletteScroll->setBackgroundRole(QPalette::Window);
     m_paletteScroll->setFrameShape(QFrame::NoFrame);
     m_paletteScroll->setFrameShadow(QFrame::Plain);
     m_paletteScroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    m_paletteScroll->setWidget(m_paletteArea);
-    m_paletteScroll->setWidgetResizable(false);
+    m_paletteScroll->setWidget(m_paletteView);
+    m_paletteScroll->setMinimumHeight(32);
 
     m_properties = new CXPropertyWidget(propertyPanelWidth);
     m_properties->setObjectName(QStringLiteral("propertyWidget"));
@@ -70,7 +83,12 @@ ChromaxisMainWindow::ChromaxisMainWindow(PaletteDatabase *builtinPalettes, QWidg
     centralLayout->addWidget(column);
     setCentralWidget(central);
 
+    connect(m_imageView, &ImageLabel::zoomChanged, this, &ChromaxisMainWindow::zoomChanged);
+    connect(m_paletteView, &PaletteView::paletteChanged, this, &ChromaxisMainWindow::paletteViewPaletteChange);
+    connect(m_paletteView, &PaletteView::selectionChanged, this, &ChromaxisMainWindow::paletteViewSelectionChange);
+
     createActions();
+    createActionGroups();
     createMenus();
     createToolBars();
     createStatusBar();
@@ -78,6 +96,7 @@ ChromaxisMainWindow::ChromaxisMainWindow(PaletteDatabase *builtinPalettes, QWidg
     resize(500, 400);
     readSettings();
 
+    m_paletteView->setFixedPaletteSize(action("paletteFixSize")->isChecked());
     setUnifiedTitleAndToolBarOnMac(true);
     updateActions();
     updateProperties();
@@ -89,26 +108,147 @@ ChromaxisMainWindow::~ChromaxisMainWindow() = default;
 
 void ChromaxisMainWindow::createActions()
 {
-    m_exitAct = new QAction(tr("E&xit"), this);
-    m_exitAct->setStatusTip(tr("Exit the application"));
-    m_exitAct->setShortcuts(QKeySequence::Quit);
-    connect(m_exitAct, &QAction::triggered, this, &QWidget::close);
+    for (const ActionEntry &e : actionCatalogue()) {
+        auto *a = new QAction(tr(e.text), this);
+        a->setObjectName(QString::fromLatin1(e.slot));
+        a->setStatusTip(tr(e.statusTip));
+        if (e.icon)
+            a->setIcon(QIcon(QStringLiteral(":res/images/") + QLatin1String(e.icon)));
+        if (e.shortcut)
+            a->setShortcut(QKeySequence(QString::fromLatin1(e.shortcut)));
+        else if (e.standardKey != QKeySequence::UnknownKey)
+            a->setShortcuts(e.standardKey);
+        a->setCheckable(e.checkable);
+        const QByteArray signature = QMetaObject::normalizedSignature(QByteArray(e.slot) + "()");
+        const QString slot = QString::fromLatin1(e.slot);
+        if (metaObject()->indexOfMethod(signature) >= 0) {
+            connect(a, &QAction::triggered, this, [this, slot]() {
+                QMetaObject::invokeMethod(this, slot.toLatin1().constData(), Qt::DirectConnection);
+            });
+        } else {
+            // Said out loud rather than ignored, so nobody mistakes it for a broken button.
+            const QString text = a->text().remove('&');
+            connect(a, &QAction::triggered, this, [this, text, a]() {
+                if (a->isCheckable())
+                    a->setChecked(!a->isChecked());
+                notAvailableYet(text);
+            });
+        }
+        m_actions.insert(slot, a);
+    }
+    action("showStatusBar")->setChecked(true);
+}
 
-    m_showStatusBarAct = new QAction(tr("Show status bar"), this);
-    m_showStatusBarAct->setCheckable(true);
-    m_showStatusBarAct->setChecked(true);
-    connect(m_showStatusBarAct, &QAction::toggled, this, [this](bool on) { statusBar()->setVisible(on); });
+void ChromaxisMainWindow::createActionGroups()
+{
+    auto makeFamily = [this](const QString &name, const QStringList &texts, const QString &tipFormat,
+                             const QList<int> &data, std::function<void(int)> apply) {
+        auto *group = new QActionGroup(this);
+        group->setExclusive(true);
+        QList<QAction *> family;
+        for (int i = 0; i < texts.size(); ++i) {
+            auto *a = new QAction(texts[i], group);
+            a->setObjectName(name.mid(1) + QString::number(i));
+            a->setCheckable(true);
+            a->setData(data[i]);
+            a->setStatusTip(tipFormat.arg(texts[i]));
+            connect(a, &QAction::triggered, this, [apply, a]() { apply(a->data().toInt()); });
+            family << a;
+        }
+        m_actionFamilies.insert(name, family);
+    };
+
+    QStringList texts;
+    QList<int> data;
+    for (int i = 0; i < 3; ++i) {
+        texts << tr(copyFormatTexts[i]);
+        data << i;
+    }
+    makeFamily("@copyFormats", texts, tr("Set color copy format to") + " %1", data,
+               [this](int v) { setCopyFormat(v); });
+
+    texts.clear();
+    data.clear();
+    texts = RGBImageDialog::actionTexts();
+    for (int i = 0; i < texts.size(); ++i)
+        data << i;
+    makeFamily("@rgbActions", texts, tr("Set default action when opening RGB images to") + " '%1'", data,
+               [this](int v) { setRgbOnLoadAction(v); });
+
+    texts.clear();
+    data.clear();
+    for (int size : maximumPaletteSizes) {
+        texts << tr("%1 %2").arg(size).arg(tr("entries"));
+        data << size;
+    }
+    makeFamily("@maxPaletteSizes", texts, tr("Set the maximum palette size to") + " %1", data,
+               [this](int v) { setMaximumPaletteSize(v); });
+
+    // Palette sizes are commands, not a state: they are not exclusive choices.
+    QList<QAction *> sizes;
+    for (int size : defaultPaletteSizes) {
+        auto *a = new QAction(tr("%1 %2").arg(size).arg(tr("entries")), this);
+        a->setObjectName(QStringLiteral("paletteSetDefaultSize%1").arg(size));
+        a->setData(size);
+        a->setStatusTip(tr("Set the size of the palette to") + QStringLiteral(" %1").arg(size));
+        connect(a, &QAction::triggered, this, [this, size]() { setPaletteSizeTo(size); });
+        sizes << a;
+    }
+    m_actionFamilies.insert("@paletteSizes", sizes);
+
+    m_actionFamilies["@copyFormats"].at(0)->setChecked(true);
+    m_actionFamilies["@rgbActions"].at(0)->setChecked(true);
+    for (QAction *a : m_actionFamilies["@maxPaletteSizes"])
+        a->setChecked(a->data().toInt() == m_maximumPaletteSize);
+}
+
+void ChromaxisMainWindow::fillMenu(QMenu *menu, const std::vector<const char *> &items)
+{
+    QList<QMenu *> stack{menu};
+    for (const char *item : items) {
+        const QString name = QString::fromLatin1(item);
+        if (name == QLatin1String("-")) {
+            stack.last()->addSeparator();
+        } else if (name.startsWith('[')) {
+            stack << stack.last()->addMenu(tr(item + 1));
+        } else if (name == QLatin1String("]")) {
+            stack.removeLast();
+        } else if (name == QLatin1String("@paletteSizes")) {
+            QMenu *sub = stack.last()->addMenu(tr("Set palette size to"));
+            sub->addActions(m_actionFamilies.value(name));
+        } else if (name.startsWith('@')) {
+            stack.last()->addActions(m_actionFamilies.value(name));
+        } else if (QAction *a = action(name)) {
+            stack.last()->addAction(a);
+        }
+    }
 }
 
 void ChromaxisMainWindow::createMenus()
 {
-    QMenu *file = menuBar()->addMenu(tr("&File"));
-    file->addAction(m_exitAct);
-    QMenu *view = menuBar()->addMenu(tr("&View"));
-    view->addAction(m_showStatusBarAct);
+    for (const MenuLayout &m : menuLayouts())
+        fillMenu(menuBar()->addMenu(tr(m.title)), m.items);
 }
 
-void ChromaxisMainWindow::createToolBars() {}
+void ChromaxisMainWindow::createToolBars()
+{
+    for (const ToolBarLayout &t : toolBarLayouts()) {
+        // Two rows, so that the eight bars fit the default window width.
+        if (m_toolBars.size() == 4)
+            addToolBarBreak();
+        QToolBar *bar = addToolBar(tr(t.title));
+        bar->setObjectName(QString::fromLatin1(t.settingsKey));
+        for (const char *item : t.items)
+            bar->addAction(action(QString::fromLatin1(item)));
+        QAction *show = action(QString::fromLatin1(t.showSlot));
+        show->setChecked(true);
+        // The check box and the bar follow each other, whichever the user moves.
+        disconnect(show, &QAction::triggered, nullptr, nullptr);
+        connect(show, &QAction::toggled, bar, &QToolBar::setVisible);
+        connect(bar->toggleViewAction(), &QAction::toggled, show, &QAction::setChecked);
+        m_toolBars << bar;
+    }
+}
 
 void ChromaxisMainWindow::createStatusBar()
 {
@@ -117,27 +257,72 @@ void ChromaxisMainWindow::createStatusBar()
 
 void ChromaxisMainWindow::readSettings()
 {
-    QSettings settings;
-    if (settings.contains("maximized") && settings.value("maximized").toBool()) {
+    QSettings s;
+    if (s.contains("maximized") && s.value("maximized").toBool()) {
         setWindowState(windowState() | Qt::WindowMaximized);
     } else {
-        if (settings.contains("pos"))
-            move(settings.value("pos").toPoint());
-        if (settings.contains("size"))
-            resize(settings.value("size").toSize());
+        if (s.contains("pos"))
+            move(s.value("pos").toPoint());
+        if (s.contains("size"))
+            resize(s.value("size").toSize());
     }
-    if (settings.contains("showbar_status"))
-        m_showStatusBarAct->setChecked(settings.value("showbar_status").toBool());
-    statusBar()->setVisible(m_showStatusBarAct->isChecked());
+    if (s.contains("fixpalettesize"))
+        action("paletteFixSize")->setChecked(s.value("fixpalettesize").toBool());
+    if (s.contains("interpolateentries"))
+        action("imageInterpolateEntries")->setChecked(s.value("interpolateentries").toBool());
+    for (const ToolBarLayout &t : toolBarLayouts())
+        if (s.contains(t.settingsKey))
+            action(QString::fromLatin1(t.showSlot))->setChecked(s.value(t.settingsKey).toBool());
+    if (s.contains("showbar_status"))
+        action("showStatusBar")->setChecked(s.value("showbar_status").toBool());
+    statusBar()->setVisible(action("showStatusBar")->isChecked());
+    if (s.contains("rgb_onload_action"))
+        setRgbOnLoadAction(s.value("rgb_onload_action").toInt());
+    if (s.contains("maximum_palette_size"))
+        setMaximumPaletteSize(s.value("maximum_palette_size").toInt());
+    if (s.contains("pal_clipboard_header"))
+        m_paletteView->setClipboardHeader(s.value("pal_clipboard_header").toString());
+    if (s.contains("pal_clipboard_entry"))
+        m_paletteView->setClipboardEntry(s.value("pal_clipboard_entry").toString());
+    if (s.contains("pal_clipboard_divider"))
+        m_paletteView->setClipboardDivider(s.value("pal_clipboard_divider").toString());
+    if (s.contains("pal_clipboard_footer"))
+        m_paletteView->setClipboardBottom(s.value("pal_clipboard_footer").toString());
+    if (s.contains("col_clipboard"))
+        setCopyFormat(s.value("col_clipboard").toInt());
+    if (s.contains("palettesize"))
+        setPaletteSizeTo(s.value("palettesize").toInt());
 }
 
 void ChromaxisMainWindow::writeSettings() const
 {
-    QSettings settings;
-    settings.setValue("maximized", isMaximized());
-    settings.setValue("pos", pos());
-    settings.setValue("size", size());
-    settings.setValue("showbar_status", m_showStatusBarAct->isChecked());
+    QSettings s;
+    s.setValue("maximized", isMaximized());
+    s.setValue("pos", pos());
+    s.setValue("size", size());
+    s.setValue("fixpalettesize", action("paletteFixSize")->isChecked());
+    s.setValue("interpolateentries", action("imageInterpolateEntries")->isChecked());
+    s.setValue("palettesize", m_document.palette().size());
+    for (const ToolBarLayout &t : toolBarLayouts())
+        s.setValue(t.settingsKey, action(QString::fromLatin1(t.showSlot))->isChecked());
+    s.setValue("showbar_status", action("showStatusBar")->isChecked());
+    s.setValue("rgb_onload_action", m_rgbOnLoadAction);
+    s.setValue("maximum_palette_size", m_maximumPaletteSize);
+    s.setValue("pal_clipboard_header", m_paletteView->clipboardHeader());
+    s.setValue("pal_clipboard_entry", m_paletteView->clipboardEntry());
+    s.setValue("pal_clipboard_divider", m_paletteView->clipboardDivider());
+    s.setValue("pal_clipboard_footer", m_paletteView->clipboardBottom());
+    s.setValue("col_clipboard", m_copyFormat);
+}
+
+QString ChromaxisMainWindow::dialogDirectory(const char *key) const
+{
+    return QSettings().value(key, QString()).toString();
+}
+
+void ChromaxisMainWindow::rememberDirectory(const char *key, const QString &file) const
+{
+    QSettings().setValue(key, QFileInfo(file).absolutePath());
 }
 
 void ChromaxisMainWindow::openPresetDatabase()
@@ -164,7 +349,17 @@ void ChromaxisMainWindow::openPresetDatabase()
 
 void ChromaxisMainWindow::updateActions()
 {
-    // Actions that depend on the document state are enabled here as they are added.
+    const bool image = m_document.hasImage();
+    for (const char *name : {"saveImage", "saveImageAs", "closeImage", "printImage", "imageModeConvert",
+                             "imageModeGrayscale", "imageModeExtendedGrayscale", "imageModeContinuousGrayscale",
+                             "imageModeIndexedLastPalette", "imageModeContinuousLastPalette", "imageModeIndexed8bit",
+                             "imageModeIndexed32bitInt", "imageModeContinuous", "imageQuantisize",
+                             "imageMirrorHorizontally", "imageMirrorVertically", "imageRotateCW", "imageRotateCCW",
+                             "imageExportAnimation", "normalSize", "zoomIn", "zoomOut"})
+        action(QString::fromLatin1(name))->setEnabled(image);
+    const bool db = m_builtinPalettes && !m_builtinPalettes->isEmpty();
+    for (const char *name : {"paletteBrowseDB", "paletteRandomDB", "palettePrevDB", "paletteNextDB"})
+        action(QString::fromLatin1(name))->setEnabled(db);
 }
 
 void ChromaxisMainWindow::updateProperties()
@@ -172,26 +367,15 @@ void ChromaxisMainWindow::updateProperties()
     const Palette<uint> &p = m_document.palette();
     m_properties->setPaletteProperties(p.property(PaletteName), p.property(PaletteComment),
                                        QFileInfo(m_document.paletteFileName()).fileName(), p.size());
-    m_properties->setImageProperties(QFileInfo(m_document.imageFileName()).fileName(),
-                                     m_document.imageHeight(), m_document.imageWidth(),
-                                     ChromaxisDocument::modeText(m_document.imageMode(), false));
+    m_properties->setImageProperties(QFileInfo(m_document.imageFileName()).fileName(), m_document.imageHeight(),
+                                     m_document.imageWidth(),
+                                     ChromaxisDocument::modeText(m_document.imageMode(),
+                                                                 m_document.image().interpolate()));
 }
 
 void ChromaxisMainWindow::notAvailableYet(const QString &what)
 {
     QMessageBox::information(this, QStringLiteral("Chromaxis"), tr("%1 is not available yet.").arg(what));
-}
-
-bool ChromaxisMainWindow::saveImage()
-{
-    notAvailableYet(tr("Saving images"));
-    return false;
-}
-
-bool ChromaxisMainWindow::savePalette()
-{
-    notAvailableYet(tr("Saving palettes"));
-    return false;
 }
 
 bool ChromaxisMainWindow::maybeSaveImage()
@@ -212,7 +396,7 @@ bool ChromaxisMainWindow::maybeSaveImage()
 bool ChromaxisMainWindow::maybeSavePalette()
 {
     // An RGB image does not show the palette, so its changes are not worth a question then.
-    if (!m_document.isPaletteModified() || m_document.imageMode() == 1)
+    if (!m_document.isPaletteModified() || m_document.imageMode() == DocumentImage::RGB)
         return true;
     const auto answer = QMessageBox::warning(
         this, QStringLiteral("Chromaxis"), tr("The palette has been modified.\nDo you want to save your changes?"),
@@ -241,6 +425,7 @@ void ChromaxisMainWindow::keyPressEvent(QKeyEvent *event)
         m_shiftHeld = true;
     else if (event->key() == Qt::Key_Control)
         m_controlHeld = true;
+    m_paletteView->setModifiers(m_shiftHeld, m_controlHeld);
     QMainWindow::keyPressEvent(event);
 }
 
@@ -250,17 +435,11 @@ void ChromaxisMainWindow::keyReleaseEvent(QKeyEvent *event)
         m_shiftHeld = false;
     else if (event->key() == Qt::Key_Control)
         m_controlHeld = false;
+    m_paletteView->setModifiers(m_shiftHeld, m_controlHeld);
     QMainWindow::keyReleaseEvent(event);
 }
 
-void ChromaxisMainWindow::zoomChanged(double factor)
+void ChromaxisMainWindow::showStatusBar()
 {
-    statusBar()->showMessage(tr("Zoom: %1%").arg(qRound(factor * 100.0)), 2000);
+    statusBar()->setVisible(action("showStatusBar")->isChecked());
 }
-
-void ChromaxisMainWindow::paletteViewPaletteChange()
-{
-    updateProperties();
-}
-
-void ChromaxisMainWindow::paletteViewSelectionChange() {}

@@ -3,16 +3,21 @@
 #include "chromaxisdocument.h"
 #include "presetdatabase.h"
 
+#include <QHash>
 #include <QMainWindow>
 
 #include <memory>
 
 class CXPropertyWidget;
+class ImageLabel;
 class PaletteDatabase;
+class PaletteView;
 class QAction;
-class QLabel;
+class QActionGroup;
+class QMenu;
 class QPrinter;
 class QScrollArea;
+class QToolBar;
 
 class ChromaxisMainWindow : public QMainWindow
 {
@@ -24,7 +29,14 @@ public:
     ChromaxisDocument &document() { return m_document; }
     const ChromaxisDocument &document() const { return m_document; }
     CXPropertyWidget *propertyWidget() const { return m_properties; }
+    PaletteView *paletteView() const { return m_paletteView; }
+    ImageLabel *imageView() const { return m_imageView; }
     const PresetDatabase &presetDatabase() const { return m_presets; }
+    // The action of a command by its slot name ("openImage", "paletteNextDB", ...).
+    QAction *action(const QString &slotName) const { return m_actions.value(slotName); }
+    double scale() const { return m_scale; }
+    int maximumPaletteSize() const { return m_maximumPaletteSize; }
+    int rgbOnLoadAction() const { return m_rgbOnLoadAction; }
 
     bool isShiftHeld() const { return m_shiftHeld; }
     bool isControlHeld() const { return m_controlHeld; }
@@ -33,46 +45,116 @@ public:
     bool maybeSaveImage();
     bool maybeSavePalette();
 
+    // Opening without a file dialog, as the command line and dropped files do; errors are shown
+    // in message boxes and leave the document as it was. Return whether the file was opened.
+    bool loadImageFile(const QString &path);
+    bool loadPaletteFile(const QString &path);
+    bool saveImageFile(const QString &path);
+    bool savePaletteFile(const QString &path);
+    // Opens each file as the matching "Open ..." command would, chosen by its extension.
+    void openFiles(const QStringList &paths);
+
+    // Installs a palette as the document's palette, showing it in the view and on the image.
+    void installPalette(const Palette<uint> &palette, bool modified);
+
     // Shows the palette and image state in the property panel.
     void updateProperties();
 
 public slots:
-    void zoomChanged(double factor);
+    // File
+    void openImage();
+    bool saveImage();
+    bool saveImageAs();
+    void closeImage();
+    void openPalette();
+    bool savePalette();
+    bool savePaletteAs();
+    // Edit
+    void cut();
+    void copy();
+    void paste();
+    void replace();
+    void deleteA();
+    void edit();
+    void selectAll();
+    void selectNone();
+    void selectInvert();
+    void loadSelection();
+    void saveSelection();
+    // Palette
+    void paletteBrowseDB();
+    void paletteRandomDB();
+    void palettePrevDB();
+    void paletteNextDB();
+    void paletteFixSize();
+    void paletteSetDefaultColor();
+    // Image
+    void imageInterpolateEntries();
+    // View
+    void normalSize();
+    void zoomIn();
+    void zoomOut();
+    void zoomChanged(double val);
+    // Settings and help
+    void showStatusBar();
+    void about();
+    void visit();
+    // Previews and the palette view
+    void adaptPalette(const Palette<uint> &palette);
+    void adaptPaletteOnly(const Palette<uint> &palette);
     void paletteViewPaletteChange();
     void paletteViewSelectionChange();
-    bool saveImage();
-    bool savePalette();
 
 protected:
     void closeEvent(QCloseEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void keyReleaseEvent(QKeyEvent *event) override;
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
 
 private:
     void createActions();
+    void createActionGroups();
     void createMenus();
     void createToolBars();
     void createStatusBar();
+    void fillMenu(QMenu *menu, const std::vector<const char *> &items);
     void readSettings();
     void writeSettings() const;
     void openPresetDatabase();
     void updateActions();
     void notAvailableYet(const QString &what);
+    void showImage();
+    void setScale(double scale);
+    void installBuiltin(int index);
+    void applyRgbOnLoadAction(int action);
+    void setRgbOnLoadAction(int action);
+    void setMaximumPaletteSize(int size);
+    void setPaletteSizeTo(int size);
+    void setCopyFormat(int format);
+    // The directory a file dialog starts in and remembering the chosen one.
+    QString dialogDirectory(const char *key) const;
+    void rememberDirectory(const char *key, const QString &file) const;
 
     PaletteDatabase *m_builtinPalettes = nullptr;
     ChromaxisDocument m_document;
     PresetDatabase m_presets;
     std::unique_ptr<QPrinter> m_printer;
 
-    QLabel *m_imageView = nullptr;
+    ImageLabel *m_imageView = nullptr;
     QScrollArea *m_imageScroll = nullptr;
-    QWidget *m_paletteArea = nullptr;
+    PaletteView *m_paletteView = nullptr;
     QScrollArea *m_paletteScroll = nullptr;
     CXPropertyWidget *m_properties = nullptr;
 
-    QAction *m_exitAct = nullptr;
-    QAction *m_showStatusBarAct = nullptr;
+    QHash<QString, QAction *> m_actions;
+    QHash<QString, QList<QAction *>> m_actionFamilies; // "@copyFormats", "@rgbActions", ...
+    QList<QToolBar *> m_toolBars;
 
+    double m_scale = 1.0;
+    int m_maximumPaletteSize = 1024;
+    int m_rgbOnLoadAction = 0;
+    int m_copyFormat = 0;
     bool m_shiftHeld = false;
     bool m_controlHeld = false;
 };

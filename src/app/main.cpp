@@ -39,6 +39,8 @@ int main(int argc, char *argv[])
 
     auto window = std::make_unique<ChromaxisMainWindow>(builtinPalettes.get());
     window->show();
+    // Files named on the command line open as if chosen in the open dialogs.
+    window->openFiles(app->arguments().mid(1));
     const int result = app->exec();
 
     window.reset();

@@ -2,6 +2,7 @@
 #include "colorcommands.h"
 #include "describedexception.h"
 #include "palette.h"
+#include "palettecommands.h"
 
 #include <QCoreApplication>
 
@@ -62,11 +63,11 @@ std::vector<Command> commands()
         {{"color", "to-space"}, colorToSpace},
         {{"color", "from-space"}, colorFromSpace},
         {{"color", "hsva"}, colorHsva},
-        {{"palette", "show"}, {}},
-        {{"palette", "convert"}, {}},
+        {{"palette", "show"}, paletteShow},
+        {{"palette", "convert"}, paletteConvert},
         {{"palette", "generate"}, {}},
         {{"palette", "apply"}, {}},
-        {{"palette", "text"}, {}},
+        {{"palette", "text"}, paletteText},
         {{"palette", "render"}, {}},
         {{"palette", "select"}, {}},
         {{"image", "show"}, {}},

@@ -1,0 +1,621 @@
+// The main window's commands on files, the palette, the image and the view.
+#include "chromaxismainwindow.h"
+
+#include "describedexception.h"
+#include "dialogs/palettedbdialog.h"
+#include "dialogs/rgbimagedialog.h"
+#include "documentimageio.h"
+#include "imagelabel.h"
+#include "palettedatabase.h"
+#include "paletteformats.h"
+#include "utils/qt/colorwidgets/paletteview.h"
+
+#include <QAction>
+#include <QColorDialog>
+#include <QDesktopServices>
+#include <QDragEnterEvent>
+#include <QDropEvent>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QScrollArea>
+#include <QSettings>
+#include <QStatusBar>
+#include <QUrl>
+
+#include <cstdlib>
+
+namespace {
+
+void showError(QWidget *parent, const DescribedException &e)
+{
+    QMessageBox::warning(parent, e.title(), e.message());
+}
+
+} // namespace
+
+// ---- Showing the document ----------------------------------------------------------------------
+
+void ChromaxisMainWindow::showImage()
+{
+    if (!m_document.hasImage()) {
+        m_imageView->clear();
+        m_imageView->hide();
+        return;
+    }
+    m_imageView->setPixmap(QPixmap::fromImage(m_document.image().picture()));
+    m_imageView->resize(m_document.image().picture().size() * m_scale);
+    m_imageView->show();
+}
+
+void ChromaxisMainWindow::installPalette(const Palette<uint> &palette, bool modified)
+{
+    m_document.setPalette(palette);
+    m_document.setPaletteModified(modified);
+    m_paletteView->setPalette(palette);
+    showImage();
+    updateProperties();
+}
+
+void ChromaxisMainWindow::adaptPalette(const Palette<uint> &palette)
+{
+    m_document.previewPalette(palette);
+    m_paletteView->setPalette(palette);
+    showImage();
+    updateProperties();
+}
+
+void ChromaxisMainWindow::adaptPaletteOnly(const Palette<uint> &palette)
+{
+    // The image is not shown again: the dialog's result is a palette alone.
+    m_document.previewPalette(palette);
+    m_paletteView->setPalette(palette);
+    updateProperties();
+}
+
+void ChromaxisMainWindow::paletteViewPaletteChange()
+{
+    m_document.setSelection(m_paletteView->selection());
+    // Some commands announce the same change twice; the last palette must not become the current one.
+    if (m_paletteView->palette() == m_document.palette())
+        return;
+    m_document.setPalette(m_paletteView->palette());
+    m_document.setPaletteModified(true);
+    m_document.setSelection(m_paletteView->selection());
+    showImage();
+    updateProperties();
+}
+
+void ChromaxisMainWindow::paletteViewSelectionChange()
+{
+    m_document.setSelection(m_paletteView->selection());
+}
+
+// ---- Files ---------------------------------------------------------------------------------------
+
+bool ChromaxisMainWindow::loadImageFile(const QString &path)
+{
+    DocumentImage image;
+    try {
+        image = DocumentImageIO::load(path);
+    } catch (const DescribedException &e) {
+        showError(this, e);
+        return false;
+    }
+    m_document.setImage(image);
+    m_document.setImageFileName(path);
+    m_document.setImageModified(false);
+    setScale(1.0);
+    showImage();
+    updateActions();
+    updateProperties();
+    if (image.mode() == DocumentImage::RGB)
+        applyRgbOnLoadAction(m_rgbOnLoadAction);
+    return true;
+}
+
+void ChromaxisMainWindow::openImage()
+{
+    if (!maybeSaveImage())
+        return;
+    QSettings s;
+    QString filter = s.value("default_image_load_type").toString();
+    const QString path =
+        QFileDialog::getOpenFileName(this, tr("Open image"), dialogDirectory("default_image_dir"),
+                                     DocumentImageIO::openFilters().join(";;"), &filter);
+    if (path.isEmpty())
+        return;
+    rememberDirectory("default_image_dir", path);
+    s.setValue("default_image_load_type", filter);
+    loadImageFile(path);
+}
+
+bool ChromaxisMainWindow::saveImageFile(const QString &path)
+{
+    try {
+        DocumentImageIO::save(path, m_document.image());
+    } catch (const DescribedException &e) {
+        showError(this, e);
+        return false;
+    }
+    m_document.setImageFileName(path);
+    m_document.setImageModified(false);
+    updateProperties();
+    statusBar()->showMessage(tr("Image saved"), 2000);
+    return true;
+}
+
+bool ChromaxisMainWindow::saveImage()
+{
+    if (!m_document.hasImage())
+        return false;
+    if (m_document.imageFileName().isEmpty())
+        return saveImageAs();
+    return saveImageFile(m_document.imageFileName());
+}
+
+bool ChromaxisMainWindow::saveImageAs()
+{
+    if (!m_document.hasImage())
+        return false;
+    QSettings s;
+    QString filter = s.value("default_image_save_type").toString();
+    QString path = QFileDialog::getSaveFileName(this, tr("Save image as"), dialogDirectory("default_image_dir"),
+                                                DocumentImageIO::saveFilters().join(";;"), &filter);
+    if (path.isEmpty())
+        return false;
+    if (QFileInfo(path).suffix().isEmpty()) {
+        // Take the extension from the chosen filter, as users of other editors expect.
+        const int star = filter.indexOf("*.");
+        if (star >= 0)
+            path += filter.mid(star + 1, filter.indexOf(')', star) - star - 1);
+    }
+    rememberDirectory("default_image_dir", path);
+    s.setValue("default_image_save_type", filter);
+    return saveImageFile(path);
+}
+
+void ChromaxisMainWindow::closeImage()
+{
+    if (!maybeSaveImage())
+        return;
+    m_document.closeImage();
+    showImage();
+    updateActions();
+    updateProperties();
+}
+
+bool ChromaxisMainWindow::loadPaletteFile(const QString &path)
+{
+    const QString name = QFileInfo(path).fileName();
+    const int format = formatFromWord(QFileInfo(path).suffix());
+    if (format == FormatUnknown) {
+        QMessageBox::warning(this, tr("Could not load"),
+                             tr("Unable to load palette %1.\nUnrecognized format.").arg(name));
+        return false;
+    }
+    if (m_document.imageMode() == DocumentImage::RGB) {
+        const auto answer =
+            QMessageBox::warning(this, tr("RGB format warning"),
+                                 tr("The current image is an RGB image.<br/>Applying a new palette is impossible "
+                                    "without prior conversion.<br/>When loading a new palette, the image will be "
+                                    "discarded."),
+                                 QMessageBox::Ok | QMessageBox::Cancel, QMessageBox::Cancel);
+        if (answer != QMessageBox::Ok)
+            return false;
+    }
+    Palette<uint> palette;
+    try {
+        importPalette(path, palette, format);
+    } catch (const DescribedException &e) {
+        showError(this, e);
+        return false;
+    }
+    recordPaletteFileName(palette, path);
+    if (m_document.imageMode() == DocumentImage::RGB) {
+        m_document.closeImage();
+        updateActions();
+    }
+    m_document.setPaletteFileName(path);
+    installPalette(palette, false);
+    return true;
+}
+
+void ChromaxisMainWindow::openPalette()
+{
+    if (!maybeSavePalette())
+        return;
+    QSettings s;
+    QString filter = s.value("default_palette_load_type").toString();
+    const QString path = QFileDialog::getOpenFileName(this, tr("Open palette"), dialogDirectory("default_palette_dir"),
+                                                      paletteOpenFilters().join(";;"), &filter);
+    if (path.isEmpty())
+        return;
+    rememberDirectory("default_palette_dir", path);
+    s.setValue("default_palette_load_type", filter);
+    loadPaletteFile(path);
+}
+
+bool ChromaxisMainWindow::savePaletteFile(const QString &path)
+{
+    const int format = formatFromWord(QFileInfo(path).suffix());
+    if (format == FormatUnknown) {
+        QMessageBox::warning(this, tr("Could not save"),
+                             tr("Unable to save palette %1.\nUnrecognized format.").arg(QFileInfo(path).fileName()));
+        return false;
+    }
+    try {
+        exportPalette(path, m_document.palette(), format);
+    } catch (const DescribedException &e) {
+        showError(this, e);
+        return false;
+    }
+    m_document.setPaletteFileName(path);
+    m_document.setPaletteModified(false);
+    updateProperties();
+    statusBar()->showMessage(tr("Palette saved"), 2000);
+    return true;
+}
+
+bool ChromaxisMainWindow::savePalette()
+{
+    const QString current = m_document.paletteFileName();
+    const int format = current.isEmpty() ? FormatUnknown : formatFromWord(QFileInfo(current).suffix());
+    // Formats that cannot be read back (HTML, CSS, JavaScript) are exports, not a palette's home.
+    if (format == FormatUnknown || format == FormatHtml || format == FormatCss || format == FormatJavaScript)
+        return savePaletteAs();
+    return savePaletteFile(current);
+}
+
+bool ChromaxisMainWindow::savePaletteAs()
+{
+    QSettings s;
+    QString filter = s.value("default_palette_save_type").toString();
+    const QStringList filters = {tr("GIMP palettes (*.gpl)"),       tr("Adobe palettes (*.aco)"),
+                                 tr("Fractint palettes (*.map)"),    tr("Microsoft palettes (*.pal)"),
+                                 tr("GIF images (*.gif)"),           tr("JASC palettes (*.jasc)"),
+                                 tr("Adobe swatch exchange (*.ase)"), tr("Adobe color tables (*.act)"),
+                                 tr("Hex text (*.hextxt)"),          tr("Hex text, one line (*.hex)"),
+                                 tr("HTML table (*.html)"),          tr("CSS (*.css)"),
+                                 tr("JavaScript (*.js)")};
+    QString path = QFileDialog::getSaveFileName(this, tr("Save palette as"), dialogDirectory("default_palette_dir"),
+                                                filters.join(";;"), &filter);
+    if (path.isEmpty())
+        return false;
+    if (QFileInfo(path).suffix().isEmpty()) {
+        const int star = filter.indexOf("*.");
+        if (star >= 0)
+            path += filter.mid(star + 1, filter.indexOf(')', star) - star - 1);
+    }
+    rememberDirectory("default_palette_dir", path);
+    s.setValue("default_palette_save_type", filter);
+    return savePaletteFile(path);
+}
+
+void ChromaxisMainWindow::openFiles(const QStringList &paths)
+{
+    for (const QString &path : paths) {
+        const QString suffix = QFileInfo(path).suffix().toLower();
+        if (suffix == QLatin1String("cxw")) {
+            notAvailableYet(tr("Opening projects"));
+        } else if (formatFromWord(suffix) != FormatUnknown && suffix != QLatin1String("gif")) {
+            if (maybeSavePalette())
+                loadPaletteFile(path);
+        } else if (maybeSaveImage()) {
+            // GIF files open as images: a palette is one "Open palette..." away.
+            loadImageFile(path);
+        }
+    }
+}
+
+void ChromaxisMainWindow::dragEnterEvent(QDragEnterEvent *event)
+{
+    if (event->mimeData()->hasUrls())
+        event->acceptProposedAction();
+}
+
+void ChromaxisMainWindow::dropEvent(QDropEvent *event)
+{
+    QStringList paths;
+    for (const QUrl &url : event->mimeData()->urls())
+        if (url.isLocalFile())
+            paths << url.toLocalFile();
+    if (paths.isEmpty())
+        return;
+    event->acceptProposedAction();
+    openFiles(paths);
+}
+
+// ---- Edit ----------------------------------------------------------------------------------------
+
+void ChromaxisMainWindow::cut()
+{
+    m_paletteView->cut_remove(true);
+}
+
+void ChromaxisMainWindow::copy()
+{
+    m_paletteView->copy();
+}
+
+void ChromaxisMainWindow::paste()
+{
+    if (!m_paletteView->paste())
+        statusBar()->showMessage(tr("The clipboard holds no colours"), 3000);
+}
+
+void ChromaxisMainWindow::replace()
+{
+    if (!m_paletteView->replace())
+        statusBar()->showMessage(tr("Nothing to replace: select entries and copy colours first"), 3000);
+}
+
+void ChromaxisMainWindow::deleteA()
+{
+    m_paletteView->deleteA();
+}
+
+void ChromaxisMainWindow::edit()
+{
+    if (!m_paletteView->edit())
+        statusBar()->showMessage(tr("Select the entries to edit first"), 3000);
+}
+
+void ChromaxisMainWindow::selectAll()
+{
+    m_paletteView->selectAll();
+}
+
+void ChromaxisMainWindow::selectNone()
+{
+    m_paletteView->selectNone();
+}
+
+void ChromaxisMainWindow::selectInvert()
+{
+    m_paletteView->selectInvert();
+}
+
+void ChromaxisMainWindow::loadSelection()
+{
+    QSettings s;
+    const QString path = QFileDialog::getOpenFileName(this, tr("Load selection"),
+                                                      dialogDirectory("default_selection_dir"),
+                                                      tr("text files (*.txt)"));
+    if (path.isEmpty())
+        return;
+    rememberDirectory("default_selection_dir", path);
+    try {
+        const std::set<int> selection = readSelectionFile(path);
+        m_paletteView->setSelected(selection);
+        m_document.setSelection(selection);
+    } catch (const DescribedException &e) {
+        showError(this, e);
+    }
+}
+
+void ChromaxisMainWindow::saveSelection()
+{
+    QFileDialog dialog(this, tr("Save selection as"), dialogDirectory("default_selection_dir"),
+                       tr("text files (*.txt)"));
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setDefaultSuffix("txt");
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
+        return;
+    const QString path = dialog.selectedFiles().first();
+    rememberDirectory("default_selection_dir", path);
+    try {
+        writeSelectionFile(path, m_paletteView->selection());
+    } catch (const DescribedException &e) {
+        showError(this, e);
+    }
+}
+
+// ---- Palette -------------------------------------------------------------------------------------
+
+void ChromaxisMainWindow::installBuiltin(int index)
+{
+    if (!m_builtinPalettes || m_builtinPalettes->isEmpty())
+        return;
+    const QString name = m_builtinPalettes->names().value(index);
+    const auto palette = m_builtinPalettes->lookup(name);
+    if (!palette)
+        return;
+    Palette<uint> p = *palette;
+    p.setProperty(PaletteName, name);
+    m_document.setBuiltinIndex(index);
+    m_document.setPaletteFileName(QString());
+    installPalette(p, true);
+    statusBar()->showMessage(name, 3000);
+}
+
+void ChromaxisMainWindow::paletteNextDB()
+{
+    if (m_builtinPalettes)
+        installBuiltin(BuiltinList::next(m_document.builtinIndex(), m_builtinPalettes->size()));
+}
+
+void ChromaxisMainWindow::palettePrevDB()
+{
+    if (m_builtinPalettes)
+        installBuiltin(BuiltinList::prior(m_document.builtinIndex(), m_builtinPalettes->size()));
+}
+
+void ChromaxisMainWindow::paletteRandomDB()
+{
+    if (m_builtinPalettes)
+        installBuiltin(BuiltinList::random(std::rand() & 0x7FFF, m_builtinPalettes->size()));
+}
+
+void ChromaxisMainWindow::paletteBrowseDB()
+{
+    if (!m_builtinPalettes)
+        return;
+    PaletteDBDialog dialog(*m_builtinPalettes, m_builtinPalettes->names().value(m_document.builtinIndex()), this);
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedName().isEmpty())
+        return;
+    installBuiltin(m_builtinPalettes->names().indexOf(dialog.selectedName()));
+}
+
+void ChromaxisMainWindow::paletteFixSize()
+{
+    m_paletteView->setFixedPaletteSize(action("paletteFixSize")->isChecked());
+}
+
+void ChromaxisMainWindow::paletteSetDefaultColor()
+{
+    const RGBAColor<uint> fill = m_paletteView->fillColor();
+    const QColor chosen = QColorDialog::getColor(QColor::fromRgba64(quint16(fill.r), quint16(fill.g),
+                                                                     quint16(fill.b), quint16(fill.a)),
+                                                 this, tr("Set default color"), QColorDialog::ShowAlphaChannel);
+    if (!chosen.isValid())
+        return;
+    const QRgba64 c = chosen.rgba64();
+    m_paletteView->setFillColor({c.red(), c.green(), c.blue(), c.alpha()});
+}
+
+void ChromaxisMainWindow::setPaletteSizeTo(int size)
+{
+    size = qBound(0, size, m_maximumPaletteSize);
+    if (size == m_document.palette().size())
+        return;
+    if (m_paletteView->isFixedPaletteSize()) {
+        statusBar()->showMessage(tr("The palette size is fixed"), 3000);
+        return;
+    }
+    Palette<uint> p = m_document.palette();
+    p.resize(size, m_paletteView->fillColor());
+    installPalette(p, true);
+}
+
+void ChromaxisMainWindow::setMaximumPaletteSize(int size)
+{
+    if (size <= 0)
+        return;
+    if (m_document.hasImage() && size < m_maximumPaletteSize) {
+        QMessageBox::warning(this, tr("Image conflict"),
+                             tr("The current image may use more colors than the new maximum value.\nPlease close "
+                                "the image first."));
+        size = m_maximumPaletteSize;
+    }
+    m_maximumPaletteSize = size;
+    m_paletteView->setMaximumPaletteSize(size);
+    for (QAction *a : m_actionFamilies.value("@maxPaletteSizes"))
+        a->setChecked(a->data().toInt() == size);
+}
+
+void ChromaxisMainWindow::setCopyFormat(int format)
+{
+    m_copyFormat = format;
+    m_paletteView->setColorFormat(format);
+    const QList<QAction *> family = m_actionFamilies.value("@copyFormats");
+    for (int i = 0; i < family.size(); ++i)
+        family[i]->setChecked(i == qBound(0, format, 2));
+}
+
+// ---- Image ---------------------------------------------------------------------------------------
+
+void ChromaxisMainWindow::setRgbOnLoadAction(int value)
+{
+    if (value < 0 || value > 9)
+        return;
+    m_rgbOnLoadAction = value;
+    const QList<QAction *> family = m_actionFamilies.value("@rgbActions");
+    for (int i = 0; i < family.size(); ++i)
+        family[i]->setChecked(i == value);
+}
+
+void ChromaxisMainWindow::applyRgbOnLoadAction(int value)
+{
+    if (value == 0) {
+        RGBImageDialog dialog(this);
+        if (dialog.exec() != QDialog::Accepted)
+            return;
+        value = dialog.chosenAction();
+        if (dialog.remember())
+            setRgbOnLoadAction(value);
+    }
+    static const char *const commands[] = {nullptr,
+                                        nullptr,
+                                        "imageModeConvert",
+                                        "imageModeGrayscale",
+                                        "imageModeExtendedGrayscale",
+                                        "imageModeContinuousGrayscale",
+                                        "imageModeIndexedLastPalette",
+                                        "imageModeContinuousLastPalette",
+                                        "imageModeIndexed8bit",
+                                        "imageModeIndexed32bitInt"};
+    if (value >= 2 && value <= 9)
+        action(QString::fromLatin1(commands[value]))->trigger();
+}
+
+void ChromaxisMainWindow::imageInterpolateEntries()
+{
+    QAction *a = action("imageInterpolateEntries");
+    if (!m_document.hasImage())
+        return;
+    if (a->isChecked()) {
+        const auto answer = QMessageBox::question(
+            this, tr("Performance warning"),
+            tr("Please note that interpolating indices slows \ndown image processing.\nApplication of new "
+               "palettes will be previewed \nwith a delay."),
+            QMessageBox::Ok | QMessageBox::Cancel, QMessageBox::Ok);
+        if (answer != QMessageBox::Ok) {
+            const QSignalBlocker block(a);
+            a->setChecked(false);
+            return;
+        }
+    }
+    DocumentImage image = m_document.image();
+    image.setInterpolate(a->isChecked());
+    m_document.setImage(image);
+    showImage();
+    updateProperties();
+}
+
+// ---- View and help -------------------------------------------------------------------------------
+
+void ChromaxisMainWindow::setScale(double scale)
+{
+    m_scale = scale;
+    if (m_document.hasImage())
+        m_imageView->resize(m_document.image().picture().size() * m_scale);
+}
+
+void ChromaxisMainWindow::normalSize()
+{
+    setScale(1.0);
+}
+
+void ChromaxisMainWindow::zoomIn()
+{
+    setScale(m_scale * Zoom::inFactor);
+}
+
+void ChromaxisMainWindow::zoomOut()
+{
+    setScale(m_scale * Zoom::outFactor);
+}
+
+void ChromaxisMainWindow::zoomChanged(double val)
+{
+    // One wheel notch is one zoom step; touch pads send many small pixel steps, so only the
+    // direction counts.
+    if (val > 0)
+        zoomIn();
+    else if (val < 0)
+        zoomOut();
+}
+
+void ChromaxisMainWindow::about()
+{
+    QMessageBox::about(this, tr("About Chromaxis"),
+                       tr("<h3>Chromaxis</h3><p>A workbench for colour palettes: open, generate, manipulate and "
+                          "save palettes, and see every change at once on an image.</p>"));
+}
+
+void ChromaxisMainWindow::visit()
+{
+    QDesktopServices::openUrl(QUrl(QStringLiteral("https://chromaxis.org")));
+}

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QLabel>
+
+// The label that shows the document's picture; a wheel turn asks the window for another zoom.
+class ImageLabel : public QLabel
+{
+    Q_OBJECT
+public:
+    explicit ImageLabel(QWidget *parent = nullptr);
+
+signals:
+    // Touch pads report pixels, mice report notches (positive away from the user).
+    void zoomChanged(double val);
+
+protected:
+    void wheelEvent(QWheelEvent *event) override;
+};

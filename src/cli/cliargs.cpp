@@ -1,0 +1,201 @@
+#include "cliargs.h"
+
+#include "describedexception.h"
+#include "paletteformats.h"
+
+#include <QFileInfo>
+#include <QSaveFile>
+
+#include <cstdio>
+
+namespace {
+
+const CliArgs::Option *findOption(const std::vector<CliArgs::Option> &options, const QString &name)
+{
+    for (const auto &option : options)
+        if (option.name == name)
+            return &option;
+    return nullptr;
+}
+
+// A non-negative decimal index; digits only, so "+3", " 3" and "0x3" are refused.
+int parseIndex(const QString &text, const QString &list)
+{
+    bool ok = !text.isEmpty();
+    for (const QChar c : text)
+        ok = ok && c >= QLatin1Char('0') && c <= QLatin1Char('9');
+    const int value = ok ? text.toInt(&ok) : 0;
+    if (!ok)
+        throw CliUsageError{QStringLiteral("'%1' is not an index list like 0,3,5-9").arg(list)};
+    return value;
+}
+
+} // namespace
+
+CliArgs::CliArgs(const QStringList &args, const std::vector<Option> &options)
+{
+    bool optionsEnded = false;
+    for (int i = 0; i < args.size(); ++i) {
+        const QString &arg = args[i];
+        if (optionsEnded || !arg.startsWith(QLatin1String("--"))) {
+            m_operands << arg;
+            continue;
+        }
+        if (arg == QLatin1String("--")) {
+            optionsEnded = true;
+            continue;
+        }
+        const int equals = arg.indexOf(QLatin1Char('='));
+        const QString name = arg.mid(2, equals < 0 ? -1 : equals - 2);
+        const Option *option = findOption(options, name);
+        if (!option)
+            throw CliUsageError{QStringLiteral("unknown option '--%1'").arg(name)};
+        QString value;
+        if (!option->takesValue) {
+            if (equals >= 0)
+                throw CliUsageError{QStringLiteral("option '--%1' takes no value").arg(name)};
+        } else if (equals >= 0) {
+            value = arg.mid(equals + 1);
+        } else if (i + 1 < args.size()) {
+            value = args[++i];
+        } else {
+            throw CliUsageError{QStringLiteral("option '--%1' needs a value").arg(name)};
+        }
+        if (!option->repeatable && has(name))
+            throw CliUsageError{QStringLiteral("option '--%1' given twice").arg(name)};
+        m_given.emplace_back(name, value);
+    }
+}
+
+void CliArgs::expectOperands(int n) const
+{
+    if (m_operands.size() != n)
+        throw CliUsageError{QStringLiteral("expected %1 arguments, got %2").arg(n).arg(m_operands.size())};
+}
+
+bool CliArgs::has(const QString &name) const
+{
+    for (const auto &given : m_given)
+        if (given.first == name)
+            return true;
+    return false;
+}
+
+QString CliArgs::value(const QString &name) const
+{
+    const QStringList all = values(name);
+    return all.isEmpty() ? QString() : all.last();
+}
+
+QStringList CliArgs::values(const QString &name) const
+{
+    QStringList all;
+    for (const auto &given : m_given)
+        if (given.first == name)
+            all << given.second;
+    return all;
+}
+
+std::vector<std::pair<int, int>> parseIndexList(const QString &list)
+{
+    std::vector<std::pair<int, int>> ranges;
+    for (const QString &item : list.split(QLatin1Char(','))) {
+        const QString trimmed = item.trimmed();
+        const int dash = trimmed.indexOf(QLatin1Char('-'));
+        const int first = parseIndex(dash < 0 ? trimmed : trimmed.left(dash).trimmed(), list);
+        const int last = dash < 0 ? first : parseIndex(trimmed.mid(dash + 1).trimmed(), list);
+        if (last < first)
+            throw CliUsageError{QStringLiteral("the range '%1' in '%2' runs backwards").arg(trimmed, list)};
+        ranges.emplace_back(first, last);
+    }
+    return ranges;
+}
+
+std::set<int> selectionFromList(const QString &list, int paletteSize)
+{
+    std::set<int> selection;
+    for (const auto &[first, last] : parseIndexList(list)) {
+        // Checked before the range is expanded, so "0-2000000000" costs nothing.
+        if (last >= paletteSize)
+            throw DescribedException(
+                QStringLiteral("Invalid selection"),
+                QStringLiteral("The selection names index %1, but the palette has %2 entries.")
+                    .arg(last)
+                    .arg(paletteSize));
+        for (int i = first; i <= last; ++i)
+            selection.insert(i);
+    }
+    return selection;
+}
+
+bool isProjectPath(const QString &path, const QString &word)
+{
+    const QString effective = word.isEmpty() ? QFileInfo(path).suffix() : word;
+    return effective.compare(QLatin1String("cxw"), Qt::CaseInsensitive) == 0;
+}
+
+int notAvailableYet(CliContext &ctx)
+{
+    ctx.err << "not available yet\n";
+    ctx.err.flush();
+    return ExitUsage;
+}
+
+int paletteFormatFor(const QString &path, const QString &word)
+{
+    if (word.isEmpty())
+        return formatFromWord(QFileInfo(path).suffix());
+    const int format = formatFromWord(word);
+    if (format == FormatUnknown)
+        throw CliUsageError{QStringLiteral("'%1' is not a palette format").arg(word)};
+    return format;
+}
+
+Palette<uint> readPaletteFile(const QString &path, const QString &formatWord, bool raw)
+{
+    const int format = paletteFormatFor(path, formatWord);
+    if (format == FormatUnknown)
+        throw DescribedException(
+            QStringLiteral("Could not load"),
+            QStringLiteral("Unable to load palette %1.\nUnrecognized format.").arg(path));
+    Palette<uint> palette;
+    importPalette(path, palette, format);
+    if (!raw)
+        recordPaletteFileName(palette, path);
+    return palette;
+}
+
+SettingsText::Pairs settingsFromArgs(const CliArgs &args, const QString &dialogName)
+{
+    SettingsText::Pairs pairs;
+    if (args.has(QStringLiteral("settings")))
+        pairs = SettingsText::readFile(args.value(QStringLiteral("settings")), dialogName);
+    for (const QString &assignment : args.values(QStringLiteral("set"))) {
+        const int equals = assignment.indexOf(QLatin1Char('='));
+        if (equals <= 0)
+            throw CliUsageError{QStringLiteral("'--set %1' is not KEY=VALUE").arg(assignment)};
+        pairs.emplace_back(assignment.left(equals), assignment.mid(equals + 1));
+    }
+    return pairs;
+}
+
+void writeOutput(const QString &path, const QByteArray &bytes)
+{
+    if (path == QLatin1String("-")) {
+        std::fflush(stdout);
+        if (std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stdout) != size_t(bytes.size()) ||
+            std::fflush(stdout) != 0)
+            throw DescribedException(QStringLiteral("Could not save"),
+                                     QStringLiteral("Unable to write to the standard output."));
+        return;
+    }
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly))
+        throw DescribedException(
+            QStringLiteral("Could not save"),
+            QStringLiteral("Unable to save palette under\n%1.\nCould not open file.").arg(path));
+    if (file.write(bytes) != bytes.size() || !file.commit())
+        throw DescribedException(
+            QStringLiteral("Could not save"),
+            QStringLiteral("Unable to save palette under\n%1.\nCould not write file.").arg(path));
+}

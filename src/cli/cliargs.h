@@ -1,0 +1,66 @@
+#pragma once
+
+#include "clicontext.h"
+#include "palette.h"
+#include "settingstext.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <set>
+#include <utility>
+#include <vector>
+
+// The options and operands of one command. Options may stand anywhere among the operands, as
+// "--name value" or "--name=value"; "--" ends the options. Anything not declared, a missing
+// value or a repeated single option is a usage error.
+class CliArgs
+{
+public:
+    struct Option
+    {
+        QString name;            // without the leading "--"
+        bool takesValue = true;  // false: a flag
+        bool repeatable = false; // values collect in order
+    };
+
+    CliArgs(const QStringList &args, const std::vector<Option> &options);
+
+    const QStringList &operands() const { return m_operands; }
+    // Usage error unless exactly n operands were given.
+    void expectOperands(int n) const;
+
+    bool has(const QString &name) const;
+    // The value of a single option; empty when it was not given.
+    QString value(const QString &name) const;
+    QStringList values(const QString &name) const;
+
+private:
+    QStringList m_operands;
+    std::vector<std::pair<QString, QString>> m_given; // name, value in command-line order
+};
+
+// "0,3,5-9" as inclusive ranges; a malformed list is a usage error.
+std::vector<std::pair<int, int>> parseIndexList(const QString &list);
+// The indexes of list, each of which must exist in a palette of paletteSize entries
+// (a DescribedException otherwise, since the list itself is well-formed).
+std::set<int> selectionFromList(const QString &list, int paletteSize);
+
+// Whether a path stands for a project file: the format word (given, or else the extension) is "cxw".
+bool isProjectPath(const QString &path, const QString &word = {});
+// The answer of a command that meets a feature not built yet: stderr and exit 2.
+int notAvailableYet(CliContext &ctx);
+
+// The palette format of path: the format word when one is given (an unknown word is a usage
+// error), else its extension, which may well map to no format (FormatUnknown).
+int paletteFormatFor(const QString &path, const QString &word);
+
+// Reads a palette file as the main window opens it: an extension without a format is refused
+// with the window's message, and unless raw the file name is recorded in the properties.
+Palette<uint> readPaletteFile(const QString &path, const QString &formatWord, bool raw = false);
+
+// The settings of a dialog: the --settings file when given, then each --set KEY=VALUE in order.
+SettingsText::Pairs settingsFromArgs(const CliArgs &args, const QString &dialogName);
+
+// Writes bytes to path through QSaveFile, or to stdout for "-".
+void writeOutput(const QString &path, const QByteArray &bytes);

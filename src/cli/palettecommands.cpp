@@ -1,0 +1,108 @@
+#include "palettecommands.h"
+
+#include "cliargs.h"
+#include "describedexception.h"
+#include "exportoptions.h"
+#include "paletteformats.h"
+#include "palettetextencoder.h"
+
+#include <QBuffer>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTextStream>
+
+namespace {
+
+const QString from = QStringLiteral("from");
+const QString to = QStringLiteral("to");
+
+QJsonArray colourJson(const RGBAColor<uint> &c)
+{
+    // Doubles hold every 32-bit word exactly, and QJsonDocument writes them without exponent.
+    return QJsonArray{double(c.r), double(c.g), double(c.b), double(c.a)};
+}
+
+QJsonObject paletteJson(const Palette<uint> &palette)
+{
+    QJsonObject properties;
+    for (int key = PaletteName; key <= PaletteFile; ++key)
+        properties.insert(palettePropertyName(key), palette.property(key));
+    QJsonArray entries;
+    for (const auto &colour : palette.entries())
+        entries.append(colourJson(colour));
+    return QJsonObject{{QStringLiteral("properties"), properties}, {QStringLiteral("entries"), entries}};
+}
+
+ExportOptions exportOptionsFrom(const CliArgs &args)
+{
+    ExportOptions options;
+    for (const QString &assignment : args.values(QStringLiteral("option"))) {
+        try {
+            options.setFromText(assignment);
+        } catch (const DescribedException &e) {
+            throw CliUsageError{QStringLiteral("--option %1: %2").arg(assignment, e.message())};
+        }
+    }
+    return options;
+}
+
+} // namespace
+
+int paletteShow(CliContext &ctx)
+{
+    const CliArgs args(ctx.args, {{from}, {QStringLiteral("raw"), false}});
+    args.expectOperands(1);
+    const QString path = args.operands()[0];
+    if (isProjectPath(path, args.value(from)))
+        return notAvailableYet(ctx);
+    const Palette<uint> palette = readPaletteFile(path, args.value(from), args.has(QStringLiteral("raw")));
+    ctx.out << QString::fromUtf8(QJsonDocument(paletteJson(palette)).toJson(QJsonDocument::Compact)) << '\n';
+    return ExitOk;
+}
+
+int paletteConvert(CliContext &ctx)
+{
+    const CliArgs args(ctx.args, {{from}, {to}, {QStringLiteral("option"), true, true}});
+    args.expectOperands(2);
+    const QString in = args.operands()[0];
+    const QString out = args.operands()[1];
+    if (isProjectPath(in, args.value(from)) || isProjectPath(out, args.value(to)))
+        return notAvailableYet(ctx);
+    // Options and the output format are checked before anything is read, so a typo costs nothing.
+    const ExportOptions options = exportOptionsFrom(args);
+    const int format = paletteFormatFor(out, args.value(to));
+    const Palette<uint> palette = readPaletteFile(in, args.value(from));
+    exportPalette(out, palette, format, options);
+    return ExitOk;
+}
+
+int paletteText(CliContext &ctx)
+{
+    const QString select = QStringLiteral("select");
+    const CliArgs args(ctx.args,
+                       {{from}, {QStringLiteral("settings")}, {QStringLiteral("set"), true, true}, {select}});
+    args.expectOperands(2);
+    const QString in = args.operands()[0];
+    const QString out = args.operands()[1];
+    if (isProjectPath(in, args.value(from)))
+        return notAvailableYet(ctx);
+    if (args.has(select))
+        parseIndexList(args.value(select)); // a malformed list is wrong usage, found before any reading
+    const PaletteTextEncoder::Template tmpl = PaletteTextEncoder::fromSettings(
+        settingsFromArgs(args, PaletteTextEncoder::settingsName), PaletteTextEncoder::clipboardTemplate());
+
+    const Palette<uint> palette = readPaletteFile(in, args.value(from));
+    const std::set<int> selection =
+        args.has(select) ? selectionFromList(args.value(select), palette.size()) : std::set<int>();
+
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    QTextStream stream(&buffer);
+    stream.setCodec("UTF-8"); // what a template with an unknown encoding name gets
+    PaletteTextEncoder::encode(tmpl, palette, selection, stream);
+    ctx.out.flush();
+    writeOutput(out, bytes);
+    return ExitOk;
+}

@@ -1,0 +1,7 @@
+#pragma once
+
+#include "clicontext.h"
+
+int paletteShow(CliContext &ctx);
+int paletteConvert(CliContext &ctx);
+int paletteText(CliContext &ctx);
