@@ -1,5 +1,6 @@
 #include "clicontext.h"
 #include "colorcommands.h"
+#include "imagecommands.h"
 #include "describedexception.h"
 #include "palette.h"
 #include "palettecommands.h"
@@ -70,8 +71,8 @@ std::vector<Command> commands()
         {{"palette", "text"}, paletteText},
         {{"palette", "render"}, {}},
         {{"palette", "select"}, {}},
-        {{"image", "show"}, {}},
-        {{"image", "render"}, {}},
+        {{"image", "show"}, imageShow},
+        {{"image", "render"}, imageRender},
         {{"image", "convert"}, {}},
         {{"image", "quantise"}, {}},
         {{"image", "fast"}, {}},
@@ -79,8 +80,8 @@ std::vector<Command> commands()
         {{"project", "create"}, {}},
         {{"generate"}, {}},
         {{"animation"}, {}},
-        {{"db", "list"}, {}},
-        {{"db", "show"}, {}},
+        {{"db", "list"}, dbList},
+        {{"db", "show"}, dbShow},
         {{"macro", "run"}, {}},
     };
 }

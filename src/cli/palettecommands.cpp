@@ -1,6 +1,7 @@
 #include "palettecommands.h"
 
 #include "cliargs.h"
+#include "clijson.h"
 #include "describedexception.h"
 #include "exportoptions.h"
 #include "paletteformats.h"
@@ -16,23 +17,6 @@ namespace {
 
 const QString from = QStringLiteral("from");
 const QString to = QStringLiteral("to");
-
-QJsonArray colourJson(const RGBAColor<uint> &c)
-{
-    // Doubles hold every 32-bit word exactly, and QJsonDocument writes them without exponent.
-    return QJsonArray{double(c.r), double(c.g), double(c.b), double(c.a)};
-}
-
-QJsonObject paletteJson(const Palette<uint> &palette)
-{
-    QJsonObject properties;
-    for (int key = PaletteName; key <= PaletteFile; ++key)
-        properties.insert(palettePropertyName(key), palette.property(key));
-    QJsonArray entries;
-    for (const auto &colour : palette.entries())
-        entries.append(colourJson(colour));
-    return QJsonObject{{QStringLiteral("properties"), properties}, {QStringLiteral("entries"), entries}};
-}
 
 ExportOptions exportOptionsFrom(const CliArgs &args)
 {

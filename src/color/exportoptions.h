@@ -11,7 +11,8 @@
 //
 // Values arrive as text (the command line's --option KEY=VALUE, a dialog's fields) and are checked
 // when they are set, so a writer never meets a value it cannot use. setUnchecked() exists for callers
-// that restore values they checked earlier; the writers check again and refuse what they cannot use.
+// that restore values they checked earlier; the GIF and JavaScript writers check again and refuse
+// numbers and types they cannot work with.
 class ExportOptions
 {
 public:

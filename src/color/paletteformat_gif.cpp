@@ -101,8 +101,8 @@ QByteArray writeGif(const Palette<uint> &palette, const ExportOptions &options)
     // Checked before the image exists: the colour table would refuse the 257th colour anyway.
     if (size > gdMaxColors)
         failGif(QStringLiteral("Too many colors."));
-    // libgd writes a colour table of at least two entries whatever the image holds, so an empty
-    // palette would come back with a colour it never had.
+    // libgd writes a colour table even for an image without colours, so an empty palette would come
+    // back with a colour it never had.
     if (size == 0)
         failGif(QStringLiteral("A GIF image needs at least one color."));
     const int columns =

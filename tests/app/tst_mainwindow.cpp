@@ -1,5 +1,6 @@
 #include "chromaxismainwindow.h"
 #include "cxpropertywidget.h"
+#include "guitesting.h"
 #include "palettedatabase.h"
 
 #include <QAbstractButton>
@@ -18,33 +19,6 @@
 
 #include <functional>
 
-namespace {
-
-struct SeenBox
-{
-    QString title;
-    QString text;
-    bool seen = false;
-};
-
-// Answers the next modal message box with the given button and records what it said.
-void answerNextBox(SeenBox &seen, QMessageBox::StandardButton button)
-{
-    QTimer::singleShot(0, [&seen, button]() {
-        auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
-        if (!box) {
-            // The box may not be up yet when the event loop first runs.
-            answerNextBox(seen, button);
-            return;
-        }
-        seen.title = box->windowTitle();
-        seen.text = box->text();
-        seen.seen = true;
-        box->button(button)->click();
-    });
-}
-
-} // namespace
 
 class TestMainWindow : public QObject
 {
@@ -222,18 +196,6 @@ void TestMainWindow::presetDatabaseFailureIsReported()
     QVERIFY(!w.presetDatabase().isOpen());
 }
 
-int main(int argc, char *argv[])
-{
-    // Keep settings and the documents folder away from the user's profile.
-    QTemporaryDir home;
-    qputenv("HOME", home.path().toLocal8Bit());
-    qputenv("XDG_CONFIG_HOME", (home.path() + "/config").toLocal8Bit());
-    QStandardPaths::setTestModeEnabled(true);
-    QApplication app(argc, argv);
-    QCoreApplication::setOrganizationName("KLO");
-    QCoreApplication::setApplicationName("Chromaxis");
-    TestMainWindow t;
-    return QTest::qExec(&t, argc, argv);
-}
+CHROMAXIS_GUI_TEST_MAIN(TestMainWindow)
 
 #include "tst_mainwindow.moc"

@@ -1,25 +1,7 @@
-#include <QProcess>
 #include <QtTest>
 
-namespace {
+#include "clirunner.h"
 
-struct Run
-{
-    int code = -1;
-    QString out;
-    QString err;
-};
-
-Run runCli(const QStringList &args)
-{
-    QProcess p;
-    p.start(QStringLiteral(CHROMAXIS_CLI), args);
-    p.waitForFinished(30000);
-    return {p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1, QString::fromUtf8(p.readAllStandardOutput()),
-            QString::fromUtf8(p.readAllStandardError())};
-}
-
-} // namespace
 
 class TestCliColor : public QObject
 {
@@ -57,10 +39,10 @@ void TestCliColor::prints()
 {
     QFETCH(QStringList, args);
     QFETCH(QString, expected);
-    const Run r = runCli(args);
+    const CliRun r = runCli(args);
     QCOMPARE(r.err, QString());
     QCOMPARE(r.code, 0);
-    QCOMPARE(r.out, expected);
+    QCOMPARE(QString::fromUtf8(r.out), expected);
 }
 
 void TestCliColor::badUsage_data()
@@ -79,7 +61,7 @@ void TestCliColor::badUsage_data()
 void TestCliColor::badUsage()
 {
     QFETCH(QStringList, args);
-    const Run r = runCli(args);
+    const CliRun r = runCli(args);
     QCOMPARE(r.code, 2);
     QVERIFY(r.out.isEmpty());
     QVERIFY2(r.err.contains("Usage: chromaxis-cli"), qPrintable(r.err));
@@ -87,7 +69,7 @@ void TestCliColor::badUsage()
 
 void TestCliColor::notBuiltCommandsSaySo()
 {
-    const Run r = runCli({"animation", "in.cxw", "out.gif", "--start", "0", "--end", "1", "--fps", "1"});
+    const CliRun r = runCli({"animation", "in.cxw", "out.gif", "--start", "0", "--end", "1", "--fps", "1"});
     if (r.code == 2) {
         QCOMPARE(r.err, QString("not available yet\n"));
     } else {

@@ -1,26 +1,12 @@
 #include <QFile>
 #include <QJsonDocument>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include "clirunner.h"
+
 namespace {
 
-struct Run
-{
-    int code = -1;
-    QByteArray out;
-    QString err;
-};
-
-Run runCli(const QStringList &args)
-{
-    QProcess p;
-    p.start(QStringLiteral(CHROMAXIS_CLI), args);
-    p.waitForFinished(30000);
-    return {p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1, p.readAllStandardOutput(),
-            QString::fromUtf8(p.readAllStandardError())};
-}
 
 const char fireGpl[] = "GIMP Palette\n"
                        "Name: Fire\n"
@@ -134,7 +120,7 @@ void TestCliPalette::show()
 {
     QFETCH(QStringList, args);
     QFETCH(QString, properties);
-    const Run r = runCli(QStringList{"palette", "show"} + inDir(args));
+    const CliRun r = runCli(QStringList{"palette", "show"} + inDir(args));
     QCOMPARE(r.err, QString());
     QCOMPARE(r.code, 0);
     const QString expected = QString(R"({"entries":%1,"properties":%2})").arg(fireEntries, properties);
@@ -145,7 +131,7 @@ void TestCliPalette::show()
 
 void TestCliPalette::convertRoundTrip()
 {
-    Run r = runCli({"palette", "convert", path("fire.gpl"), path("fire.hex")});
+    CliRun r = runCli({"palette", "convert", path("fire.gpl"), path("fire.hex")});
     QCOMPARE(r.err, QString());
     QCOMPARE(r.code, 0);
     QCOMPARE(read("fire.hex"), QByteArray("ff80000000ff123456\n"));
@@ -183,7 +169,7 @@ void TestCliPalette::convertWrites()
     QFETCH(QStringList, args);
     QFETCH(QString, out);
     QFETCH(QByteArray, expected);
-    const Run r = runCli(QStringList{"palette", "convert"} + inDir(args));
+    const CliRun r = runCli(QStringList{"palette", "convert"} + inDir(args));
     QCOMPARE(r.err, QString());
     QCOMPARE(r.code, 0);
     QCOMPARE(read(out), expected);
@@ -214,7 +200,7 @@ void TestCliPalette::text()
 {
     QFETCH(QStringList, args);
     QFETCH(QByteArray, expected);
-    Run r = runCli(QStringList{"palette", "text"} + inDir(args));
+    CliRun r = runCli(QStringList{"palette", "text"} + inDir(args));
     QCOMPARE(r.err, QString());
     QCOMPARE(r.code, 0);
     QCOMPARE(r.out.toHex(), expected.toHex());
@@ -260,7 +246,7 @@ void TestCliPalette::failures()
 {
     QFETCH(QStringList, args);
     QFETCH(QString, err);
-    const Run r = runCli(QStringList{"palette"} + inDir(args));
+    const CliRun r = runCli(QStringList{"palette"} + inDir(args));
     QCOMPARE(r.err, err.replace('@', m_dir->path() + '/'));
     QCOMPARE(r.code, 1);
     QVERIFY(r.out.isEmpty());
@@ -290,7 +276,7 @@ void TestCliPalette::failedWriteKeepsOldFile()
     QFETCH(QString, out);
     QFETCH(QString, err);
     write(out, "precious");
-    Run r = runCli(QStringList{"palette"} + inDir(args));
+    CliRun r = runCli(QStringList{"palette"} + inDir(args));
     QCOMPARE(r.code, 1);
     QVERIFY2(r.err.startsWith(err), qPrintable(r.err));
     QCOMPARE(read(out), QByteArray("precious"));
@@ -331,7 +317,7 @@ void TestCliPalette::badUsage_data()
 void TestCliPalette::badUsage()
 {
     QFETCH(QStringList, args);
-    const Run r = runCli(QStringList{"palette"} + inDir(args));
+    const CliRun r = runCli(QStringList{"palette"} + inDir(args));
     QCOMPARE(r.code, 2);
     QVERIFY(r.out.isEmpty());
     QVERIFY2(r.err.contains("Usage: chromaxis-cli"), qPrintable(r.err));
@@ -354,7 +340,7 @@ void TestCliPalette::projectsNotAvailable()
 {
     QFETCH(QStringList, args);
     write("doc.cxw", "not a project either");
-    const Run r = runCli(QStringList{"palette"} + inDir(args));
+    const CliRun r = runCli(QStringList{"palette"} + inDir(args));
     QCOMPARE(r.err, QString("not available yet\n"));
     QCOMPARE(r.code, 2);
     QVERIFY(r.out.isEmpty());

@@ -7,6 +7,8 @@
 
 #include <gd.h>
 
+#include <memory>
+
 using namespace PaletteFormatTesting;
 using Properties = QMap<int, QString>;
 
@@ -294,7 +296,9 @@ void TestPaletteFormats::gifLayout()
     QCOMPARE(uchar(bytes[6]) | uchar(bytes[7]) << 8, columns * cellWidth);
     QCOMPARE(uchar(bytes[8]) | uchar(bytes[9]) << 8, rows * cellHeight);
 
-    gdImagePtr image = gdImageCreateFromGifPtr(bytes.size(), const_cast<char *>(bytes.constData()));
+    const std::unique_ptr<gdImage, void (*)(gdImagePtr)> decoded(
+        gdImageCreateFromGifPtr(bytes.size(), const_cast<char *>(bytes.constData())), gdImageDestroy);
+    const gdImagePtr image = decoded.get();
     QVERIFY(image);
     const auto rgbAt = [image](int x, int y) {
         const int c = gdImageGetPixel(image, x, y);
@@ -310,7 +314,6 @@ void TestPaletteFormats::gifLayout()
         QCOMPARE(rgbAt(x0, y0), expected);
         QCOMPARE(rgbAt(x0 + cellWidth - 1, y0 + cellHeight - 1), expected);
     }
-    gdImageDestroy(image);
 }
 
 void TestPaletteFormats::exportOptions_data()

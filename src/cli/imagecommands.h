@@ -1,0 +1,8 @@
+#pragma once
+
+#include "clicontext.h"
+
+int imageShow(CliContext &ctx);
+int imageRender(CliContext &ctx);
+int dbList(CliContext &ctx);
+int dbShow(CliContext &ctx);

@@ -1,0 +1,324 @@
+// The main window with a document: opening images and palettes, the built-in list, the RGB
+// actions, zoom and the messages a user meets on the way.
+#include "chromaxismainwindow.h"
+#include "cxpropertywidget.h"
+#include "describedexception.h"
+#include "dialogs/rgbimagedialog.h"
+#include "guitesting.h"
+#include "imagelabel.h"
+#include "numpyimage.h"
+#include "palettedatabase.h"
+#include "paletteformats.h"
+#include "paletteview.h"
+
+#include <QAction>
+#include <QDir>
+#include <QMimeData>
+#include <QRadioButton>
+#include <QCheckBox>
+#include <QSettings>
+#include <QUrl>
+
+class TestDocumentWindow : public QObject
+{
+    Q_OBJECT
+private slots:
+    void initTestCase();
+    void init();
+    void openRgbPhotoKeepsIt();
+    void askDialogRemembersChoice();
+    void indexedImageRecolouredByBuiltinList();
+    void openPaletteMessages_data();
+    void openPaletteMessages();
+    void paletteOverRgbImageWarns();
+    void maximumPaletteSizeConflict();
+    void zoomSteps();
+    void interpolateAsksFirst();
+    void selectionFiles();
+    void saveMessages();
+    void unbuiltCommandSaysSo();
+    void droppedFilesOpen();
+
+private:
+    QString path(const QString &name) const { return m_dir.filePath(name); }
+    QRgb shownPixel(ChromaxisMainWindow &w, int x, int y) const
+    {
+        return w.imageView()->pixmap(Qt::ReturnByValue).toImage().pixel(x, y);
+    }
+
+    QTemporaryDir m_dir;
+    PaletteDatabase m_db;
+};
+
+void TestDocumentWindow::initTestCase()
+{
+    m_db.loadFromText("test/red;ff0000ff0000;\ntest/blue;0000ff00ff00;\ntest/third;010203;\n");
+    QImage indexed(4, 2, QImage::Format_Indexed8);
+    indexed.setColorTable({qRgb(1, 1, 1), qRgb(2, 2, 2)});
+    indexed.fill(1);
+    indexed.setPixel(0, 0, 0);
+    QVERIFY(indexed.save(path("indexed.png")));
+    QImage rgb(6, 3, QImage::Format_RGB32);
+    rgb.fill(qRgb(10, 200, 30));
+    QVERIFY(rgb.save(path("photo.png")));
+    NumpyImage::write(DocumentImage::fromContinuous(2, 1, {0.0f, 40000.0f}), path("cont.npy"));
+    QFile gpl(path("duo.gpl"));
+    QVERIFY(gpl.open(QIODevice::WriteOnly));
+    gpl.write("GIMP Palette\nName: Duo\n#\n255 0 0\tred\n0 0 255\tblue\n");
+}
+
+void TestDocumentWindow::init()
+{
+    QSettings().clear();
+    QSettings().setValue("rgb_onload_action", 1);
+}
+
+void TestDocumentWindow::openRgbPhotoKeepsIt()
+{
+    ChromaxisMainWindow w(&m_db);
+    w.show();
+    QVERIFY(w.loadImageFile(path("photo.png")));
+    QCOMPARE(w.document().imageMode(), 1);
+    QCOMPARE(w.propertyWidget()->value("Image", "Mode"), QString("RGB"));
+    QCOMPARE(w.propertyWidget()->value("Image", "Width"), QString("6"));
+    QCOMPARE(w.propertyWidget()->value("Image", "File"), QString("photo.png"));
+    QCOMPARE(shownPixel(w, 2, 1), qRgb(10, 200, 30));
+    QVERIFY(w.action("saveImage")->isEnabled());
+    w.closeImage();
+    QVERIFY(!w.document().hasImage());
+    QVERIFY(!w.action("saveImage")->isEnabled());
+}
+
+void TestDocumentWindow::askDialogRemembersChoice()
+{
+    QSettings().setValue("rgb_onload_action", 0);
+    ChromaxisMainWindow w(&m_db);
+    QCOMPARE(w.rgbOnLoadAction(), 0);
+    QString title;
+    handleNextDialog<RGBImageDialog>([&title](RGBImageDialog *d) {
+        title = d->windowTitle();
+        d->findChild<QRadioButton *>("action1")->click();
+        d->findChild<QCheckBox *>("remember")->setChecked(true);
+        d->accept();
+    });
+    QVERIFY(w.loadImageFile(path("photo.png")));
+    QCOMPARE(title, QString("Convert image"));
+    QCOMPARE(w.rgbOnLoadAction(), 1);
+    QCOMPARE(w.document().imageMode(), 1);
+    const QAction *entry = w.findChild<QAction *>("rgbActions1");
+    QVERIFY(entry && entry->isChecked());
+    // Remembered across sessions once the window closes.
+    QVERIFY(w.close());
+    QCOMPARE(QSettings().value("rgb_onload_action").toInt(), 1);
+}
+
+void TestDocumentWindow::indexedImageRecolouredByBuiltinList()
+{
+    ChromaxisMainWindow w(&m_db);
+    w.show();
+    QVERIFY(w.loadImageFile(path("indexed.png")));
+    QCOMPARE(w.document().imageMode(), 2);
+    // Shown through the current palette (standard grayscale), not the file's own table.
+    QCOMPARE(shownPixel(w, 1, 0), qRgb(1, 1, 1));
+
+    w.action("paletteNextDB")->trigger(); // from index 0 to 1
+    QCOMPARE(w.document().palette().property(PaletteName), QString("test/blue"));
+    QCOMPARE(shownPixel(w, 0, 0), qRgb(0, 0, 255));
+    QCOMPARE(shownPixel(w, 1, 0), qRgb(0, 255, 0));
+    QCOMPARE(w.propertyWidget()->value("Palette", "Name"), QString("test/blue"));
+    QCOMPARE(w.paletteView()->palette().size(), 2);
+    QVERIFY(w.document().isPaletteModified());
+
+    w.action("paletteNextDB")->trigger();
+    w.action("paletteNextDB")->trigger(); // wraps to the first
+    QCOMPARE(w.document().palette().property(PaletteName), QString("test/red"));
+    w.action("palettePrevDB")->trigger(); // wraps to the last
+    QCOMPARE(w.document().palette().property(PaletteName), QString("test/third"));
+    QCOMPARE(shownPixel(w, 3, 1), qRgb(1, 2, 3)); // index 1 past a one-entry palette
+    w.document().setPaletteModified(false);
+}
+
+void TestDocumentWindow::openPaletteMessages_data()
+{
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<QString>("title");
+    QTest::addColumn<QString>("text");
+    QTest::newRow("unknown extension") << "colours.foo" << QByteArray("x") << "Could not load"
+                                       << "Unable to load palette colours.foo.\nUnrecognized format.";
+    QTest::newRow("bad header") << "bad.gpl" << QByteArray("GIMP palette\n") << "Error on parsing GIMP palette"
+                                << "Found mismatching header 'GIMP palette' in\n'%1'.";
+}
+
+void TestDocumentWindow::openPaletteMessages()
+{
+    QFETCH(QString, file);
+    QFETCH(QByteArray, content);
+    QFETCH(QString, title);
+    QFETCH(QString, text);
+    {
+        QFile f(path(file));
+        QVERIFY(f.open(QIODevice::WriteOnly));
+        f.write(content);
+    }
+    ChromaxisMainWindow w(&m_db);
+    const Palette<uint> before = w.document().palette();
+    SeenBox seen;
+    answerNextBox(seen, QMessageBox::Ok);
+    QVERIFY(!w.loadPaletteFile(path(file)));
+    QCOMPARE(seen.title, title);
+    QCOMPARE(seen.text, text.contains("%1") ? text.arg(path(file)) : text);
+    QCOMPARE(w.document().palette(), before);
+
+    QVERIFY(w.loadPaletteFile(path("duo.gpl")));
+    QCOMPARE(w.document().palette().size(), 2);
+    QCOMPARE(w.document().palette().property(PaletteName), QString("duo"));
+    QCOMPARE(w.propertyWidget()->value("Palette", "Size"), QString("2"));
+    QCOMPARE(w.propertyWidget()->value("Palette", "File"), QString("duo.gpl"));
+    QVERIFY(!w.document().isPaletteModified());
+    QCOMPARE(w.document().lastPalette(), before);
+}
+
+void TestDocumentWindow::paletteOverRgbImageWarns()
+{
+    ChromaxisMainWindow w(&m_db);
+    QVERIFY(w.loadImageFile(path("photo.png")));
+    SeenBox seen;
+    answerNextBox(seen, QMessageBox::Cancel);
+    QVERIFY(!w.loadPaletteFile(path("duo.gpl")));
+    QCOMPARE(seen.title, QString("RGB format warning"));
+    QVERIFY(seen.text.startsWith("The current image is an RGB image.<br/>Applying a new palette is impossible"));
+    QVERIFY(w.document().hasImage());
+    answerNextBox(seen, QMessageBox::Ok);
+    QVERIFY(w.loadPaletteFile(path("duo.gpl")));
+    QVERIFY(!w.document().hasImage());
+    QCOMPARE(w.document().palette().size(), 2);
+}
+
+void TestDocumentWindow::maximumPaletteSizeConflict()
+{
+    ChromaxisMainWindow w(&m_db);
+    QCOMPARE(w.maximumPaletteSize(), 1024);
+    QAction *small = w.findChild<QAction *>("maxPaletteSizes0"); // 256
+    QVERIFY(small);
+    QVERIFY(w.loadImageFile(path("indexed.png")));
+    SeenBox seen;
+    answerNextBox(seen, QMessageBox::Ok);
+    small->trigger();
+    QCOMPARE(seen.title, QString("Image conflict"));
+    QCOMPARE(seen.text, QString("The current image may use more colors than the new maximum value.\nPlease close "
+                                "the image first."));
+    QCOMPARE(w.maximumPaletteSize(), 1024);
+    QVERIFY(!small->isChecked());
+    w.closeImage();
+    small->trigger();
+    QCOMPARE(w.maximumPaletteSize(), 256);
+}
+
+void TestDocumentWindow::zoomSteps()
+{
+    ChromaxisMainWindow w(&m_db);
+    w.show();
+    QVERIFY(w.loadImageFile(path("photo.png")));
+    w.action("zoomIn")->trigger();
+    QCOMPARE(w.scale(), 1.25);
+    w.action("zoomOut")->trigger();
+    QCOMPARE(w.scale(), 0.9375); // out is not the inverse of in
+    w.action("normalSize")->trigger();
+    QCOMPARE(w.scale(), 1.0);
+    QCOMPARE(w.imageView()->size(), QSize(6, 3));
+    QWheelEvent wheel(QPointF(1, 1), QPointF(1, 1), QPoint(), QPoint(0, 120), Qt::NoButton, Qt::NoModifier,
+                      Qt::NoScrollPhase, false);
+    QApplication::sendEvent(w.imageView(), &wheel);
+    QCOMPARE(w.scale(), 1.25);
+}
+
+void TestDocumentWindow::interpolateAsksFirst()
+{
+    ChromaxisMainWindow w(&m_db);
+    QVERIFY(w.loadImageFile(path("cont.npy")));
+    QCOMPARE(w.propertyWidget()->value("Image", "Mode"), QString("continuous"));
+    QAction *interpolate = w.action("imageInterpolateEntries");
+    SeenBox seen;
+    answerNextBox(seen, QMessageBox::Cancel);
+    interpolate->trigger();
+    QCOMPARE(seen.title, QString("Performance warning"));
+    QCOMPARE(seen.text, QString("Please note that interpolating indices slows \ndown image processing.\nApplication "
+                                "of new palettes will be previewed \nwith a delay."));
+    QVERIFY(!interpolate->isChecked());
+    QVERIFY(!w.document().image().interpolate());
+    answerNextBox(seen, QMessageBox::Ok);
+    interpolate->trigger();
+    QVERIFY(w.document().image().interpolate());
+    QCOMPARE(w.propertyWidget()->value("Image", "Mode"), QString("continuous (interpolated)"));
+    interpolate->trigger(); // switching off asks nothing
+    QVERIFY(!w.document().image().interpolate());
+}
+
+void TestDocumentWindow::selectionFiles()
+{
+    const QString bad = path("bad-selection.txt");
+    {
+        QFile f(bad);
+        QVERIFY(f.open(QIODevice::WriteOnly));
+        f.write("1\n2\nx\n");
+    }
+    QVERIFY_EXCEPTION_THROWN(readSelectionFile(bad), DescribedException);
+    ChromaxisMainWindow w(&m_db);
+    w.paletteView()->setSelected({1, 5});
+    QCOMPARE(w.document().selection(), std::set<int>({1, 5}));
+}
+
+void TestDocumentWindow::saveMessages()
+{
+    ChromaxisMainWindow w(&m_db);
+    QVERIFY(w.loadImageFile(path("photo.png")));
+    SeenBox seen;
+    answerNextBox(seen, QMessageBox::Ok);
+    QVERIFY(!w.saveImageFile(path("photo.gif")));
+    QCOMPARE(seen.title, QString("Could not save"));
+    QCOMPARE(seen.text, QString("Unable to save RGB image as .gif."));
+    QVERIFY(!QFile::exists(path("photo.gif")));
+
+    answerNextBox(seen, QMessageBox::Ok);
+    QVERIFY(!w.savePaletteFile(path("palette.xyz")));
+    QCOMPARE(seen.text, QString("Unable to save palette palette.xyz.\nUnrecognized format."));
+
+    w.document().setPaletteModified(true);
+    QVERIFY(w.savePaletteFile(path("saved.gpl")));
+    QVERIFY(!w.document().isPaletteModified());
+    Palette<uint> back;
+    importPalette(path("saved.gpl"), back, FormatGimp);
+    QCOMPARE(back.entries(), w.document().palette().entries());
+    QVERIFY(w.saveImageFile(path("copy.png")));
+    QCOMPARE(QImage(path("copy.png")).pixel(0, 0), qRgb(10, 200, 30));
+}
+
+void TestDocumentWindow::unbuiltCommandSaysSo()
+{
+    ChromaxisMainWindow w(&m_db);
+    SeenBox seen;
+    answerNextBox(seen, QMessageBox::Ok);
+    w.action("paletteManipulateSharpen")->trigger();
+    QVERIFY(seen.seen);
+    QVERIFY2(seen.text.contains("not available yet"), qPrintable(seen.text));
+}
+
+void TestDocumentWindow::droppedFilesOpen()
+{
+    ChromaxisMainWindow w(&m_db);
+    w.show();
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(path("duo.gpl")), QUrl::fromLocalFile(path("indexed.png"))});
+    QDragEnterEvent enter(QPoint(10, 10), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(&w, &enter);
+    QVERIFY(enter.isAccepted());
+    QDropEvent drop(QPointF(10, 10), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(&w, &drop);
+    QCOMPARE(w.document().palette().size(), 2);
+    QCOMPARE(w.document().imageMode(), 2);
+    QCOMPARE(shownPixel(w, 0, 0), qRgb(255, 0, 0));
+}
+
+CHROMAXIS_GUI_TEST_MAIN(TestDocumentWindow)
+#include "tst_documentwindow.moc"
