@@ -211,8 +211,8 @@ for action in open save saveas; do
         save) base=document-save x=7 ;;
         saveas) base=document-save-as x=0 ;;
     esac
-    badge "$(tango $base)" "$WORK/image.png" "$x" 8 "$OUT/${action}_image16x16.png"
-    badge "$(tango $base)" "$WORK/palette.png" "$((x > 0 ? 8 : 0))" 8 "$OUT/${action}_palette16x16.png"
+    badge "$(tango "$base")" "$WORK/image.png" "$x" 8 "$OUT/${action}_image16x16.png"
+    badge "$(tango "$base")" "$WORK/palette.png" "$((x > 0 ? 8 : 0))" 8 "$OUT/${action}_palette16x16.png"
 done
 badge "$(tango image-x-generic)" "$WORK/close.png" 8 8 "$OUT/close_image16x16.png"
 

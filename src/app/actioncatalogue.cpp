@@ -40,6 +40,11 @@ const std::vector<ActionEntry> &actionCatalogue()
         {"selectNone", "Select none", "Deselect all entries", nullptr, "Ctrl+Shift+A"},
         {"selectInvert", "Invert selection", "Invert selection", nullptr, "Ctrl+I"},
         {"selectPattern", "Selection pattern...", "Set selection by a pattern..."},
+        // Macros: recording, saving and replaying the commands of a session
+        {"macroRecord", "Record macro", "Start or stop recording the commands as a macro", "record16x16.png",
+         "Ctrl+Shift+R", K::UnknownKey, true},
+        {"macroSave", "Save macro...", "Save the recorded macro to a file..."},
+        {"macroPlay", "Play macro...", "Play a macro file on the document..."},
         // Palette
         {"paletteBrowseDB", "Browse DB...", "Browse the palette database...", "db16x16.png", "Ctrl+D"},
         {"paletteRandomDB", "Random from DB", "Choose a random palette from the DB", "db_random16x16.png",
@@ -141,9 +146,9 @@ const std::vector<MenuLayout> &menuLayouts()
         {"&File",
          {"newProject", "openProject", "saveProject", "saveProjectAs", "-", "openPalette", "savePalette",
           "savePaletteAs", "exportPaletteToImage", "exportPaletteToText", "-", "openImage", "saveImage",
-          "saveImageAs", "closeImage", "-", "printImage", "printPalette", "-", "close"}},
+          "saveImageAs", "closeImage", "-", "printImage", "printPalette", "-", "@recentFiles", "-", "close"}},
         {"&Edit",
-         {"undo", "redo", "clearHistory", "-", "cut", "copy", "paste", "replace", "deleteA", "edit", "-",
+         {"undo", "redo", "clearHistory", "-", "macroRecord", "macroSave", "macroPlay", "-", "cut", "copy", "paste", "replace", "deleteA", "edit", "-",
           "selectPattern", "loadSelection", "saveSelection", "-", "selectAll", "selectNone", "selectInvert"}},
         {"&Palette",
          {"paletteBrowseDB", "paletteRandomDB", "palettePrevDB", "paletteNextDB", "paletteInterpolateSelected",

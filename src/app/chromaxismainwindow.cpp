@@ -13,6 +13,7 @@
 #include <QFileInfo>
 #include <QHBoxLayout>
 #include <QKeyEvent>
+#include <QLabel>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QMetaMethod>
@@ -86,6 +87,12 @@ ChromaxisMainWindow::ChromaxisMainWindow(PaletteDatabase *builtinPalettes, QWidg
     connect(m_imageView, &ImageLabel::zoomChanged, this, &ChromaxisMainWindow::zoomChanged);
     connect(m_paletteView, &PaletteView::paletteChanged, this, &ChromaxisMainWindow::paletteViewPaletteChange);
     connect(m_paletteView, &PaletteView::selectionChanged, this, &ChromaxisMainWindow::paletteViewSelectionChange);
+    connect(&m_document, &ChromaxisDocument::paletteChanged, this, &ChromaxisMainWindow::documentPaletteChanged);
+    connect(&m_document, &ChromaxisDocument::imageChanged, this, &ChromaxisMainWindow::documentImageChanged);
+    connect(&m_document, &ChromaxisDocument::paletteViewSettingsChanged, this,
+            &ChromaxisMainWindow::documentSettingsChanged);
+    connect(&m_document, &ChromaxisDocument::selectionChanged, this, &ChromaxisMainWindow::documentSelectionChanged);
+    connect(&m_document, &ChromaxisDocument::historyChanged, this, &ChromaxisMainWindow::updateHistoryActions);
 
     createActions();
     createActionGroups();
@@ -96,10 +103,13 @@ ChromaxisMainWindow::ChromaxisMainWindow(PaletteDatabase *builtinPalettes, QWidg
     resize(500, 400);
     readSettings();
 
-    m_paletteView->setFixedPaletteSize(action("paletteFixSize")->isChecked());
     setUnifiedTitleAndToolBarOnMac(true);
     updateActions();
     updateProperties();
+    updateRecentFiles();
+    // Restoring the last session's state is not something to undo.
+    m_document.clearHistory();
+    updateHistoryActions();
 
     openPresetDatabase();
 }
@@ -198,8 +208,6 @@ void ChromaxisMainWindow::createActionGroups()
 
     m_actionFamilies["@copyFormats"].at(0)->setChecked(true);
     m_actionFamilies["@rgbActions"].at(0)->setChecked(true);
-    for (QAction *a : m_actionFamilies["@maxPaletteSizes"])
-        a->setChecked(a->data().toInt() == m_maximumPaletteSize);
 }
 
 void ChromaxisMainWindow::fillMenu(QMenu *menu, const std::vector<const char *> &items)
@@ -213,6 +221,9 @@ void ChromaxisMainWindow::fillMenu(QMenu *menu, const std::vector<const char *> 
             stack << stack.last()->addMenu(tr(item + 1));
         } else if (name == QLatin1String("]")) {
             stack.removeLast();
+        } else if (name == QLatin1String("@recentFiles")) {
+            m_recentMenu = stack.last()->addMenu(tr("Recent files"));
+            m_recentMenu->setObjectName(QStringLiteral("recentFiles"));
         } else if (name == QLatin1String("@paletteSizes")) {
             QMenu *sub = stack.last()->addMenu(tr("Set palette size to"));
             sub->addActions(m_actionFamilies.value(name));
@@ -266,8 +277,13 @@ void ChromaxisMainWindow::readSettings()
         if (s.contains("size"))
             resize(s.value("size").toSize());
     }
+    PaletteViewSettings viewSettings = m_document.paletteViewSettings();
     if (s.contains("fixpalettesize"))
-        action("paletteFixSize")->setChecked(s.value("fixpalettesize").toBool());
+        viewSettings.fixedSize = s.value("fixpalettesize").toBool();
+    if (s.contains("maximum_palette_size") && s.value("maximum_palette_size").toInt() > 0)
+        viewSettings.maximumSize = s.value("maximum_palette_size").toInt();
+    m_document.setPaletteViewSettings(viewSettings, true);
+    documentSettingsChanged();
     if (s.contains("interpolateentries"))
         action("imageInterpolateEntries")->setChecked(s.value("interpolateentries").toBool());
     for (const ToolBarLayout &t : toolBarLayouts())
@@ -278,8 +294,6 @@ void ChromaxisMainWindow::readSettings()
     statusBar()->setVisible(action("showStatusBar")->isChecked());
     if (s.contains("rgb_onload_action"))
         setRgbOnLoadAction(s.value("rgb_onload_action").toInt());
-    if (s.contains("maximum_palette_size"))
-        setMaximumPaletteSize(s.value("maximum_palette_size").toInt());
     if (s.contains("pal_clipboard_header"))
         m_paletteView->setClipboardHeader(s.value("pal_clipboard_header").toString());
     if (s.contains("pal_clipboard_entry"))

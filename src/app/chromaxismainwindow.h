@@ -14,6 +14,7 @@ class PaletteDatabase;
 class PaletteView;
 class QAction;
 class QActionGroup;
+class QLabel;
 class QMenu;
 class QPrinter;
 class QScrollArea;
@@ -27,6 +28,7 @@ public:
     ~ChromaxisMainWindow() override;
 
     ChromaxisDocument &document() { return m_document; }
+    static constexpr int maxRecentFiles = 8;
     const ChromaxisDocument &document() const { return m_document; }
     CXPropertyWidget *propertyWidget() const { return m_properties; }
     PaletteView *paletteView() const { return m_paletteView; }
@@ -54,8 +56,10 @@ public:
     // Opens each file as the matching "Open ..." command would, chosen by its extension.
     void openFiles(const QStringList &paths);
 
-    // Installs a palette as the document's palette, showing it in the view and on the image.
+    // Installs a palette as the document's palette (one history step).
     void installPalette(const Palette<uint> &palette, bool modified);
+    // Plays a macro file on the document; returns false when it failed (a message was shown).
+    bool playMacroFile(const QString &path);
 
     // Shows the palette and image state in the property panel.
     void updateProperties();
@@ -70,6 +74,12 @@ public slots:
     bool savePalette();
     bool savePaletteAs();
     // Edit
+    void undo();
+    void redo();
+    void clearHistory();
+    void macroRecord();
+    void macroSave();
+    void macroPlay();
     void cut();
     void copy();
     void paste();
@@ -112,6 +122,13 @@ protected:
     void dragEnterEvent(QDragEnterEvent *event) override;
     void dropEvent(QDropEvent *event) override;
 
+private slots:
+    void documentPaletteChanged();
+    void documentImageChanged();
+    void documentSettingsChanged();
+    void documentSelectionChanged();
+    void updateHistoryActions();
+
 private:
     void createActions();
     void createActionGroups();
@@ -132,6 +149,9 @@ private:
     void setMaximumPaletteSize(int size);
     void setPaletteSizeTo(int size);
     void setCopyFormat(int format);
+    void recordStep(const QString &name, const QString &parameters = QString());
+    void rememberRecentFile(const QString &path);
+    void updateRecentFiles();
     // The directory a file dialog starts in and remembering the chosen one.
     QString dialogDirectory(const char *key) const;
     void rememberDirectory(const char *key, const QString &file) const;
@@ -150,6 +170,8 @@ private:
     QHash<QString, QAction *> m_actions;
     QHash<QString, QList<QAction *>> m_actionFamilies; // "@copyFormats", "@rgbActions", ...
     QList<QToolBar *> m_toolBars;
+    QMenu *m_recentMenu = nullptr;
+    QLabel *m_recordLabel = nullptr;
 
     double m_scale = 1.0;
     int m_maximumPaletteSize = 1024;

@@ -6,6 +6,7 @@
 #include "dialogs/rgbimagedialog.h"
 #include "documentimageio.h"
 #include "imagelabel.h"
+#include "macroplayer.h"
 #include "palettedatabase.h"
 #include "paletteformats.h"
 #include "utils/qt/colorwidgets/paletteview.h"
@@ -17,6 +18,8 @@
 #include <QDropEvent>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QLabel>
+#include <QMenu>
 #include <QMessageBox>
 #include <QMimeData>
 #include <QScrollArea>
@@ -51,40 +54,71 @@ void ChromaxisMainWindow::showImage()
 
 void ChromaxisMainWindow::installPalette(const Palette<uint> &palette, bool modified)
 {
-    m_document.setPalette(palette);
-    m_document.setPaletteModified(modified);
-    m_paletteView->setPalette(palette);
-    showImage();
-    updateProperties();
+    PaletteState state = m_document.paletteState();
+    state.palette = palette;
+    state.paletteModified = modified;
+    m_document.setPaletteState(state);
 }
 
 void ChromaxisMainWindow::adaptPalette(const Palette<uint> &palette)
 {
     m_document.previewPalette(palette);
-    m_paletteView->setPalette(palette);
-    showImage();
-    updateProperties();
 }
 
 void ChromaxisMainWindow::adaptPaletteOnly(const Palette<uint> &palette)
 {
-    // The image is not shown again: the dialog's result is a palette alone.
+    // The same preview: the document shows its image through whatever palette it holds.
     m_document.previewPalette(palette);
-    m_paletteView->setPalette(palette);
-    updateProperties();
 }
 
 void ChromaxisMainWindow::paletteViewPaletteChange()
 {
     m_document.setSelection(m_paletteView->selection());
-    // Some commands announce the same change twice; the last palette must not become the current one.
+    // Some commands announce the same change twice; only a real change is a history step.
     if (m_paletteView->palette() == m_document.palette())
         return;
     m_document.setPalette(m_paletteView->palette());
-    m_document.setPaletteModified(true);
-    m_document.setSelection(m_paletteView->selection());
+}
+
+void ChromaxisMainWindow::documentPaletteChanged()
+{
+    if (m_paletteView->palette() != m_document.palette())
+        m_paletteView->setPalette(m_document.palette());
     showImage();
     updateProperties();
+}
+
+void ChromaxisMainWindow::documentImageChanged()
+{
+    showImage();
+    updateActions();
+    updateProperties();
+    const QSignalBlocker block(action("imageInterpolateEntries"));
+    action("imageInterpolateEntries")->setChecked(m_document.image().interpolate());
+}
+
+void ChromaxisMainWindow::documentSettingsChanged()
+{
+    const PaletteViewSettings &s = m_document.paletteViewSettings();
+    m_paletteView->setFixedPaletteSize(s.fixedSize);
+    m_paletteView->setMaximumPaletteSize(s.maximumSize);
+    m_paletteView->setFillColor(s.fillColor);
+    m_maximumPaletteSize = s.maximumSize;
+    action("paletteFixSize")->setChecked(s.fixedSize);
+    for (QAction *a : m_actionFamilies.value("@maxPaletteSizes"))
+        a->setChecked(a->data().toInt() == s.maximumSize);
+}
+
+void ChromaxisMainWindow::documentSelectionChanged()
+{
+    if (m_paletteView->selection() != m_document.selection())
+        m_paletteView->setSelected(m_document.selection());
+}
+
+void ChromaxisMainWindow::updateHistoryActions()
+{
+    action("undo")->setEnabled(m_document.history().canUndo());
+    action("redo")->setEnabled(m_document.history().canRedo());
 }
 
 void ChromaxisMainWindow::paletteViewSelectionChange()
@@ -103,13 +137,10 @@ bool ChromaxisMainWindow::loadImageFile(const QString &path)
         showError(this, e);
         return false;
     }
-    m_document.setImage(image);
-    m_document.setImageFileName(path);
-    m_document.setImageModified(false);
     setScale(1.0);
-    showImage();
-    updateActions();
-    updateProperties();
+    m_document.setImageState({image, path, false});
+    recordStep(QStringLiteral("load_image"), QStringLiteral("filename:%1\n").arg(path));
+    rememberRecentFile(path);
     if (image.mode() == DocumentImage::RGB)
         applyRgbOnLoadAction(m_rgbOnLoadAction);
     return true;
@@ -139,9 +170,11 @@ bool ChromaxisMainWindow::saveImageFile(const QString &path)
         showError(this, e);
         return false;
     }
+    // Where the image lives is not a change worth a history step.
     m_document.setImageFileName(path);
     m_document.setImageModified(false);
     updateProperties();
+    rememberRecentFile(path);
     statusBar()->showMessage(tr("Image saved"), 2000);
     return true;
 }
@@ -181,9 +214,6 @@ void ChromaxisMainWindow::closeImage()
     if (!maybeSaveImage())
         return;
     m_document.closeImage();
-    showImage();
-    updateActions();
-    updateProperties();
 }
 
 bool ChromaxisMainWindow::loadPaletteFile(const QString &path)
@@ -213,12 +243,20 @@ bool ChromaxisMainWindow::loadPaletteFile(const QString &path)
         return false;
     }
     recordPaletteFileName(palette, path);
-    if (m_document.imageMode() == DocumentImage::RGB) {
+    const bool discardImage = m_document.imageMode() == DocumentImage::RGB;
+    if (discardImage)
+        m_document.beginGroup();
+    if (discardImage)
         m_document.closeImage();
-        updateActions();
-    }
-    m_document.setPaletteFileName(path);
-    installPalette(palette, false);
+    PaletteState state = m_document.paletteState();
+    state.palette = palette;
+    state.fileName = path;
+    state.paletteModified = false;
+    m_document.setPaletteState(state);
+    if (discardImage)
+        m_document.endGroup();
+    recordStep(QStringLiteral("load_palette"), QStringLiteral("filename:%1\n").arg(path));
+    rememberRecentFile(path);
     return true;
 }
 
@@ -254,6 +292,7 @@ bool ChromaxisMainWindow::savePaletteFile(const QString &path)
     m_document.setPaletteFileName(path);
     m_document.setPaletteModified(false);
     updateProperties();
+    rememberRecentFile(path);
     statusBar()->showMessage(tr("Palette saved"), 2000);
     return true;
 }
@@ -331,35 +370,60 @@ void ChromaxisMainWindow::dropEvent(QDropEvent *event)
 
 void ChromaxisMainWindow::cut()
 {
-    m_paletteView->cut_remove(true);
+    const QString selection = QStringLiteral("selection:%1\n").arg(MacroPlayer::selectionText(m_paletteView->selection()));
+    if (m_paletteView->cut_remove(true)) {
+        recordStep(QStringLiteral("copy"), selection);
+        recordStep(QStringLiteral("delete"), selection);
+    }
 }
 
 void ChromaxisMainWindow::copy()
 {
-    m_paletteView->copy();
+    const QString selection = QStringLiteral("selection:%1\n").arg(MacroPlayer::selectionText(m_paletteView->selection()));
+    if (m_paletteView->copy())
+        recordStep(QStringLiteral("copy"), selection);
 }
 
 void ChromaxisMainWindow::paste()
 {
-    if (!m_paletteView->paste())
+    const QString selection = QStringLiteral("selection:%1\n").arg(MacroPlayer::selectionText(m_paletteView->selection()));
+    if (m_paletteView->paste())
+        recordStep(QStringLiteral("paste"), selection);
+    else
         statusBar()->showMessage(tr("The clipboard holds no colours"), 3000);
 }
 
 void ChromaxisMainWindow::replace()
 {
-    if (!m_paletteView->replace())
+    const QString selection = QStringLiteral("selection:%1\n").arg(MacroPlayer::selectionText(m_paletteView->selection()));
+    if (m_paletteView->replace())
+        recordStep(QStringLiteral("replace"), selection);
+    else
         statusBar()->showMessage(tr("Nothing to replace: select entries and copy colours first"), 3000);
 }
 
 void ChromaxisMainWindow::deleteA()
 {
-    m_paletteView->deleteA();
+    const QString selection = QStringLiteral("selection:%1\n").arg(MacroPlayer::selectionText(m_paletteView->selection()));
+    if (m_paletteView->deleteA())
+        recordStep(QStringLiteral("delete"), selection);
 }
 
 void ChromaxisMainWindow::edit()
 {
-    if (!m_paletteView->edit())
+    const std::set<int> selected = m_paletteView->selection();
+    if (!m_paletteView->edit()) {
         statusBar()->showMessage(tr("Select the entries to edit first"), 3000);
+        return;
+    }
+    for (int i : selected)
+        if (i >= 0 && i < m_document.palette().size()) {
+            const RGBAColor<uint> &c = m_document.palette()[i];
+            recordStep(QStringLiteral("edit"), QStringLiteral("selection:%1\ncolor:%2,%3,%4,%5\n")
+                                                   .arg(MacroPlayer::selectionText(selected))
+                                                   .arg(c.r).arg(c.g).arg(c.b).arg(c.a));
+            break;
+        }
 }
 
 void ChromaxisMainWindow::selectAll()
@@ -387,9 +451,8 @@ void ChromaxisMainWindow::loadSelection()
         return;
     rememberDirectory("default_selection_dir", path);
     try {
-        const std::set<int> selection = readSelectionFile(path);
-        m_paletteView->setSelected(selection);
-        m_document.setSelection(selection);
+        m_document.setSelection(readSelectionFile(path));
+        recordStep(QStringLiteral("load_selection"), QStringLiteral("filename:%1\n").arg(path));
     } catch (const DescribedException &e) {
         showError(this, e);
     }
@@ -407,6 +470,7 @@ void ChromaxisMainWindow::saveSelection()
     rememberDirectory("default_selection_dir", path);
     try {
         writeSelectionFile(path, m_paletteView->selection());
+        recordStep(QStringLiteral("save_selection"), QStringLiteral("filename:%1\n").arg(path));
     } catch (const DescribedException &e) {
         showError(this, e);
     }
@@ -422,11 +486,13 @@ void ChromaxisMainWindow::installBuiltin(int index)
     const auto palette = m_builtinPalettes->lookup(name);
     if (!palette)
         return;
-    Palette<uint> p = *palette;
-    p.setProperty(PaletteName, name);
-    m_document.setBuiltinIndex(index);
-    m_document.setPaletteFileName(QString());
-    installPalette(p, true);
+    PaletteState state = m_document.paletteState();
+    state.palette = *palette;
+    state.palette.setProperty(PaletteName, name);
+    state.builtinIndex = index;
+    state.fileName.clear();
+    state.paletteModified = true;
+    m_document.setPaletteState(state);
     statusBar()->showMessage(name, 3000);
 }
 
@@ -460,7 +526,10 @@ void ChromaxisMainWindow::paletteBrowseDB()
 
 void ChromaxisMainWindow::paletteFixSize()
 {
-    m_paletteView->setFixedPaletteSize(action("paletteFixSize")->isChecked());
+    PaletteViewSettings s = m_document.paletteViewSettings();
+    s.fixedSize = action("paletteFixSize")->isChecked();
+    m_document.setPaletteViewSettings(s);
+    recordStep(QStringLiteral("palette_fix_size"), QStringLiteral("fixed:%1\n").arg(s.fixedSize ? 1 : 0));
 }
 
 void ChromaxisMainWindow::paletteSetDefaultColor()
@@ -472,7 +541,11 @@ void ChromaxisMainWindow::paletteSetDefaultColor()
     if (!chosen.isValid())
         return;
     const QRgba64 c = chosen.rgba64();
-    m_paletteView->setFillColor({c.red(), c.green(), c.blue(), c.alpha()});
+    PaletteViewSettings s = m_document.paletteViewSettings();
+    s.fillColor = {c.red(), c.green(), c.blue(), c.alpha()};
+    m_document.setPaletteViewSettings(s);
+    recordStep(QStringLiteral("palette_set_default_color"),
+               QStringLiteral("color:%1,%2,%3,%4\n").arg(c.red()).arg(c.green()).arg(c.blue()).arg(c.alpha()));
 }
 
 void ChromaxisMainWindow::setPaletteSizeTo(int size)
@@ -485,24 +558,25 @@ void ChromaxisMainWindow::setPaletteSizeTo(int size)
         return;
     }
     Palette<uint> p = m_document.palette();
-    p.resize(size, m_paletteView->fillColor());
+    p.resize(size, m_document.paletteViewSettings().fillColor);
     installPalette(p, true);
+    recordStep(QStringLiteral("palette_set_default_size"), QStringLiteral("size:%1\n").arg(size));
 }
 
 void ChromaxisMainWindow::setMaximumPaletteSize(int size)
 {
     if (size <= 0)
         return;
-    if (m_document.hasImage() && size < m_maximumPaletteSize) {
+    PaletteViewSettings s = m_document.paletteViewSettings();
+    if (m_document.hasImage() && size < s.maximumSize) {
         QMessageBox::warning(this, tr("Image conflict"),
                              tr("The current image may use more colors than the new maximum value.\nPlease close "
                                 "the image first."));
-        size = m_maximumPaletteSize;
+        documentSettingsChanged(); // puts the menu's check back
+        return;
     }
-    m_maximumPaletteSize = size;
-    m_paletteView->setMaximumPaletteSize(size);
-    for (QAction *a : m_actionFamilies.value("@maxPaletteSizes"))
-        a->setChecked(a->data().toInt() == size);
+    s.maximumSize = size;
+    m_document.setPaletteViewSettings(s);
 }
 
 void ChromaxisMainWindow::setCopyFormat(int format)
@@ -570,8 +644,8 @@ void ChromaxisMainWindow::imageInterpolateEntries()
     DocumentImage image = m_document.image();
     image.setInterpolate(a->isChecked());
     m_document.setImage(image);
-    showImage();
-    updateProperties();
+    recordStep(QStringLiteral("image_interpolate_entries"),
+               QStringLiteral("interpolate:%1\n").arg(a->isChecked() ? 1 : 0));
 }
 
 // ---- View and help -------------------------------------------------------------------------------
@@ -586,16 +660,19 @@ void ChromaxisMainWindow::setScale(double scale)
 void ChromaxisMainWindow::normalSize()
 {
     setScale(1.0);
+    recordStep(QStringLiteral("zoom_reset"));
 }
 
 void ChromaxisMainWindow::zoomIn()
 {
     setScale(m_scale * Zoom::inFactor);
+    recordStep(QStringLiteral("zoom_in"));
 }
 
 void ChromaxisMainWindow::zoomOut()
 {
     setScale(m_scale * Zoom::outFactor);
+    recordStep(QStringLiteral("zoom_out"));
 }
 
 void ChromaxisMainWindow::zoomChanged(double val)
@@ -618,4 +695,143 @@ void ChromaxisMainWindow::about()
 void ChromaxisMainWindow::visit()
 {
     QDesktopServices::openUrl(QUrl(QStringLiteral("https://chromaxis.org")));
+}
+
+// ---- History and macros --------------------------------------------------------------------------
+
+void ChromaxisMainWindow::recordStep(const QString &name, const QString &parameters)
+{
+    m_document.recordMacroStep(name, parameters);
+}
+
+void ChromaxisMainWindow::undo()
+{
+    if (!m_document.undo())
+        statusBar()->showMessage(tr("Nothing to undo"), 2000);
+}
+
+void ChromaxisMainWindow::redo()
+{
+    if (!m_document.redo())
+        statusBar()->showMessage(tr("Nothing to redo"), 2000);
+}
+
+void ChromaxisMainWindow::clearHistory()
+{
+    m_document.clearHistory();
+    recordStep(QStringLiteral("reset_undo"));
+    updateHistoryActions();
+}
+
+void ChromaxisMainWindow::macroRecord()
+{
+    const bool on = action("macroRecord")->isChecked();
+    if (on == m_document.isRecording())
+        return;
+    if (on) {
+        m_document.macros().clear();
+        m_document.setRecording(true);
+        m_recordLabel = new QLabel(QStringLiteral("Hallo?"));
+        m_recordLabel->setPixmap(QPixmap(QStringLiteral(":res/images/record16x16.png")));
+        m_recordLabel->setToolTip(tr("Recording a macro"));
+        statusBar()->addPermanentWidget(m_recordLabel);
+        statusBar()->repaint();
+    } else {
+        m_document.setRecording(false);
+        delete m_recordLabel;
+        m_recordLabel = nullptr;
+        statusBar()->showMessage(tr("Macro recorded: %1 steps").arg(m_document.macros().position()), 3000);
+    }
+}
+
+void ChromaxisMainWindow::macroSave()
+{
+    if (m_document.macros().position() == 0) {
+        QMessageBox::information(this, tr("Save macro"),
+                                 tr("There is no recorded macro to save.\nStart recording with \"Record macro\" "
+                                    "in the Edit menu."));
+        return;
+    }
+    QFileDialog dialog(this, tr("Save macro as"), dialogDirectory("default_macro_dir"),
+                       tr("Chromaxis macros (*.cxm)"));
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setDefaultSuffix("cxm");
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
+        return;
+    const QString path = dialog.selectedFiles().first();
+    rememberDirectory("default_macro_dir", path);
+    try {
+        MacroFile::write(path, MacroFile::stepsOf(m_document.macros()));
+    } catch (const DescribedException &e) {
+        showError(this, e);
+    }
+}
+
+bool ChromaxisMainWindow::playMacroFile(const QString &path)
+{
+    try {
+        const std::vector<MacroFile::Step> steps = MacroFile::read(path);
+        MacroPlayer player;
+        m_document.beginGroup();
+        MacroPlayer::Report report;
+        try {
+            report = player.play(m_document, steps);
+        } catch (...) {
+            m_document.endGroup();
+            throw;
+        }
+        m_document.endGroup();
+        if (!report.skipped.isEmpty())
+            QMessageBox::warning(this, tr("Play macro"),
+                                 tr("%1 steps were played. These steps are not available yet and were "
+                                    "skipped:\n%2")
+                                     .arg(report.played)
+                                     .arg(report.skipped.join(", ")));
+        else
+            statusBar()->showMessage(tr("Macro played: %1 steps").arg(report.played), 3000);
+    } catch (const DescribedException &e) {
+        showError(this, e);
+        return false;
+    }
+    return true;
+}
+
+void ChromaxisMainWindow::macroPlay()
+{
+    const QString path = QFileDialog::getOpenFileName(this, tr("Play macro"), dialogDirectory("default_macro_dir"),
+                                                      tr("Chromaxis macros (*.cxm);;All files (* *.*)"));
+    if (path.isEmpty())
+        return;
+    rememberDirectory("default_macro_dir", path);
+    playMacroFile(path);
+}
+
+// ---- Recent files --------------------------------------------------------------------------------
+
+void ChromaxisMainWindow::rememberRecentFile(const QString &path)
+{
+    QSettings s;
+    QStringList files = s.value("recent_files").toStringList();
+    const QString absolute = QFileInfo(path).absoluteFilePath();
+    files.removeAll(absolute);
+    files.prepend(absolute);
+    while (files.size() > maxRecentFiles)
+        files.removeLast();
+    s.setValue("recent_files", files);
+    updateRecentFiles();
+}
+
+void ChromaxisMainWindow::updateRecentFiles()
+{
+    if (!m_recentMenu)
+        return;
+    m_recentMenu->clear();
+    const QStringList files = QSettings().value("recent_files").toStringList();
+    for (int i = 0; i < files.size(); ++i) {
+        QAction *a = m_recentMenu->addAction(QStringLiteral("&%1 %2").arg(i + 1).arg(QFileInfo(files[i]).fileName()));
+        a->setStatusTip(files[i]);
+        const QString file = files[i];
+        connect(a, &QAction::triggered, this, [this, file]() { openFiles({file}); });
+    }
+    m_recentMenu->setEnabled(!files.isEmpty());
 }

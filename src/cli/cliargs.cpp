@@ -2,6 +2,7 @@
 
 #include "describedexception.h"
 #include "paletteformats.h"
+#include "projectfile.h"
 
 #include <QFileInfo>
 #include <QSaveFile>
@@ -153,6 +154,9 @@ int paletteFormatFor(const QString &path, const QString &word)
 
 Palette<uint> readPaletteFile(const QString &path, const QString &formatWord, bool raw)
 {
+    // A project's palette comes with the properties it was saved with, as opening the project installs it.
+    if (isProjectPath(path, formatWord))
+        return ProjectFile::read(path).palette;
     const int format = paletteFormatFor(path, formatWord);
     if (format == FormatUnknown)
         throw DescribedException(

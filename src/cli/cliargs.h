@@ -57,6 +57,7 @@ int paletteFormatFor(const QString &path, const QString &word);
 
 // Reads a palette file as the main window opens it: an extension without a format is refused
 // with the window's message, and unless raw the file name is recorded in the properties.
+// A project file (see isProjectPath) gives its palette as stored.
 Palette<uint> readPaletteFile(const QString &path, const QString &formatWord, bool raw = false);
 
 // The settings of a dialog: the --settings file when given, then each --set KEY=VALUE in order.

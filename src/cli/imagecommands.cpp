@@ -5,22 +5,34 @@
 #include "describedexception.h"
 #include "documentimageio.h"
 #include "palettedatabase.h"
+#include "projectfile.h"
 #include "standardpalettes.h"
 
 #include <QBuffer>
+#include <QFileInfo>
 #include <QImageWriter>
 #include <QJsonDocument>
 
 namespace {
 
-// The image a file becomes when the window opens it, shown through the start-up palette as in
-// a fresh window.
-DocumentImage openedImage(const QString &path, bool &projectPath)
+struct OpenedDocument
 {
-    projectPath = isProjectPath(path);
-    if (projectPath)
-        return {};
-    return DocumentImageIO::load(path);
+    DocumentImage image;
+    Palette<uint> palette;
+};
+
+// The image a file becomes when the window opens it, with the palette it is shown through: a
+// project's own palette, or for an image file the start-up palette of a fresh window.
+OpenedDocument openDocument(const QString &path)
+{
+    if (!isProjectPath(path))
+        return {DocumentImageIO::load(path), grayscalePalette()};
+    ProjectData project = ProjectFile::read(path);
+    if (project.image.isNull())
+        throw DescribedException(
+            QStringLiteral("No image"),
+            QStringLiteral("The project %1 holds no image.").arg(QFileInfo(path).fileName()));
+    return {std::move(project.image), std::move(project.palette)};
 }
 
 PaletteDatabase loadDatabase()
@@ -36,11 +48,9 @@ int imageShow(CliContext &ctx)
 {
     const CliArgs args(ctx.args, {});
     args.expectOperands(1);
-    bool project = false;
-    DocumentImage image = openedImage(args.operands()[0], project);
-    if (project)
-        return notAvailableYet(ctx);
-    const Palette<uint> palette = grayscalePalette();
+    OpenedDocument document = openDocument(args.operands()[0]);
+    DocumentImage &image = document.image;
+    const Palette<uint> &palette = document.palette;
     image.render(palette);
     const QJsonObject json{{QStringLiteral("width"), image.width()},
                            {QStringLiteral("height"), image.height()},
@@ -55,19 +65,18 @@ int imageRender(CliContext &ctx)
 {
     const CliArgs args(ctx.args, {{QStringLiteral("palette")}, {QStringLiteral("interpolate")}});
     args.expectOperands(2);
-    bool project = false;
-    DocumentImage image = openedImage(args.operands()[0], project);
-    if (project || isProjectPath(args.value(QStringLiteral("palette"))))
-        return notAvailableYet(ctx);
     if (args.has(QStringLiteral("interpolate"))) {
         const QString v = args.value(QStringLiteral("interpolate"));
         if (v != QLatin1String("0") && v != QLatin1String("1"))
             throw CliUsageError{QStringLiteral("--interpolate takes 0 or 1")};
-        image.setInterpolate(v == QLatin1String("1"));
     }
+    OpenedDocument document = openDocument(args.operands()[0]);
+    DocumentImage &image = document.image;
+    if (args.has(QStringLiteral("interpolate")))
+        image.setInterpolate(args.value(QStringLiteral("interpolate")) == QLatin1String("1"));
     const Palette<uint> palette = args.has(QStringLiteral("palette"))
                                       ? readPaletteFile(args.value(QStringLiteral("palette")), QString())
-                                      : grayscalePalette();
+                                      : document.palette;
     image.render(palette);
     QByteArray png;
     QBuffer buffer(&png);

@@ -4,6 +4,7 @@
 #include "describedexception.h"
 #include "palette.h"
 #include "palettecommands.h"
+#include "projectcommands.h"
 
 #include <QCoreApplication>
 
@@ -76,8 +77,8 @@ std::vector<Command> commands()
         {{"image", "convert"}, {}},
         {{"image", "quantise"}, {}},
         {{"image", "fast"}, {}},
-        {{"project", "show"}, {}},
-        {{"project", "create"}, {}},
+        {{"project", "show"}, projectShow},
+        {{"project", "create"}, projectCreate},
         {{"generate"}, {}},
         {{"animation"}, {}},
         {{"db", "list"}, dbList},

@@ -6,6 +6,7 @@
 #include "exportoptions.h"
 #include "paletteformats.h"
 #include "palettetextencoder.h"
+#include "projectfile.h"
 
 #include <QBuffer>
 #include <QJsonArray>
@@ -31,6 +32,21 @@ ExportOptions exportOptionsFrom(const CliArgs &args)
     return options;
 }
 
+// A project that holds the palette of in and no image, as the window saves it after opening in.
+ProjectData paletteProject(const QString &in, const QString &formatWord)
+{
+    ProjectData project;
+    if (isProjectPath(in, formatWord)) {
+        const ProjectData source = ProjectFile::read(in);
+        project.palette = source.palette;
+        project.paletteFileName = source.paletteFileName;
+    } else {
+        project.palette = readPaletteFile(in, formatWord);
+        project.paletteFileName = in;
+    }
+    return project;
+}
+
 } // namespace
 
 int paletteShow(CliContext &ctx)
@@ -38,8 +54,6 @@ int paletteShow(CliContext &ctx)
     const CliArgs args(ctx.args, {{from}, {QStringLiteral("raw"), false}});
     args.expectOperands(1);
     const QString path = args.operands()[0];
-    if (isProjectPath(path, args.value(from)))
-        return notAvailableYet(ctx);
     const Palette<uint> palette = readPaletteFile(path, args.value(from), args.has(QStringLiteral("raw")));
     ctx.out << QString::fromUtf8(QJsonDocument(paletteJson(palette)).toJson(QJsonDocument::Compact)) << '\n';
     return ExitOk;
@@ -51,10 +65,15 @@ int paletteConvert(CliContext &ctx)
     args.expectOperands(2);
     const QString in = args.operands()[0];
     const QString out = args.operands()[1];
-    if (isProjectPath(in, args.value(from)) || isProjectPath(out, args.value(to)))
-        return notAvailableYet(ctx);
     // Options and the output format are checked before anything is read, so a typo costs nothing.
     const ExportOptions options = exportOptionsFrom(args);
+    if (isProjectPath(out, args.value(to))) {
+        if (args.has(QStringLiteral("option")))
+            throw CliUsageError{QStringLiteral("a project file takes no export options")};
+        // The lossless hand-over: a project keeps every 32-bit word and the properties.
+        ProjectFile::write(out, paletteProject(in, args.value(from)));
+        return ExitOk;
+    }
     const int format = paletteFormatFor(out, args.value(to));
     const Palette<uint> palette = readPaletteFile(in, args.value(from));
     exportPalette(out, palette, format, options);
@@ -69,8 +88,6 @@ int paletteText(CliContext &ctx)
     args.expectOperands(2);
     const QString in = args.operands()[0];
     const QString out = args.operands()[1];
-    if (isProjectPath(in, args.value(from)))
-        return notAvailableYet(ctx);
     if (args.has(select))
         parseIndexList(args.value(select)); // a malformed list is wrong usage, found before any reading
     const PaletteTextEncoder::Template tmpl = PaletteTextEncoder::fromSettings(

@@ -7,32 +7,103 @@
 #include <QSaveFile>
 #include <QTextStream>
 
-ChromaxisDocument::ChromaxisDocument() : m_palette(grayscalePalette()) {}
-
-void ChromaxisDocument::setPalette(const Palette<uint> &palette)
+ChromaxisDocument::ChromaxisDocument(QObject *parent) : QObject(parent), m_history(this)
 {
-    m_lastPalette = m_palette;
-    m_palette = palette;
-    m_image.render(m_palette);
+    m_palette.palette = grayscalePalette();
+}
+
+ChromaxisDocument::~ChromaxisDocument() = default;
+
+void ChromaxisDocument::setPaletteState(const PaletteState &state, bool fromHistory)
+{
+    if (!fromHistory)
+        m_history.addUndoAction(new ChromaxisUndoAction_PaletteChange(this, m_palette, state));
+    if (state.palette != m_palette.palette)
+        m_lastPalette = m_palette.palette;
+    m_palette = state;
+    m_image.image.render(m_palette.palette);
+    emit paletteChanged();
+    emit historyChanged();
+}
+
+void ChromaxisDocument::setPalette(const Palette<uint> &palette, bool fromHistory)
+{
+    PaletteState state = m_palette;
+    state.palette = palette;
+    state.paletteModified = true;
+    setPaletteState(state, fromHistory);
 }
 
 void ChromaxisDocument::previewPalette(const Palette<uint> &palette)
 {
-    m_palette = palette;
-    m_image.render(m_palette);
+    m_palette.palette = palette;
+    m_image.image.render(m_palette.palette);
+    emit paletteChanged();
 }
 
-void ChromaxisDocument::setImage(const DocumentImage &image)
+void ChromaxisDocument::setImageState(const ImageState &state, bool fromHistory)
 {
-    m_image = image;
-    m_image.render(m_palette);
+    if (!fromHistory)
+        m_history.addUndoAction(new ChromaxisUndoAction_ImageChange(this, m_image, state));
+    m_image = state;
+    m_image.image.render(m_palette.palette);
+    emit imageChanged();
+    emit historyChanged();
 }
 
-void ChromaxisDocument::closeImage()
+void ChromaxisDocument::setImage(const DocumentImage &image, bool fromHistory)
 {
-    m_image = DocumentImage();
-    m_imageFileName.clear();
-    m_imageModified = false;
+    ImageState state = m_image;
+    state.image = image;
+    state.imageModified = true;
+    setImageState(state, fromHistory);
+}
+
+void ChromaxisDocument::closeImage(bool fromHistory)
+{
+    setImageState(ImageState(), fromHistory);
+}
+
+void ChromaxisDocument::setPaletteViewSettings(const PaletteViewSettings &s, bool fromHistory)
+{
+    if (s == m_settings)
+        return;
+    if (!fromHistory)
+        m_history.addUndoAction(new ChromaxisUndoAction_SettingsChange(this, m_settings, s));
+    m_settings = s;
+    emit paletteViewSettingsChanged();
+    emit historyChanged();
+}
+
+void ChromaxisDocument::setSelection(const std::set<int> &s)
+{
+    if (s == m_selection)
+        return;
+    m_selection = s;
+    emit selectionChanged();
+}
+
+bool ChromaxisDocument::undo()
+{
+    const bool done = m_history.undo();
+    // The macro follows the history: an undone command drops out of the effective steps.
+    recordMacroStep(QStringLiteral("undo"));
+    emit historyChanged();
+    return done;
+}
+
+bool ChromaxisDocument::redo()
+{
+    const bool done = m_history.redo();
+    recordMacroStep(QStringLiteral("redo"));
+    emit historyChanged();
+    return done;
+}
+
+void ChromaxisDocument::recordMacroStep(const QString &name, const QString &parameters)
+{
+    if (m_recording)
+        m_macros.addMacroAction(new ChromaxisMacroAction(name, parameters));
 }
 
 QString ChromaxisDocument::modeText(int mode, bool interpolate)

@@ -1,71 +1,107 @@
 #pragma once
 
+#include "chromaxismacrosystem.h"
+#include "chromaxisundosystem.h"
 #include "documentimage.h"
+#include "documentstate.h"
 #include "palette.h"
 
+#include <QObject>
 #include <QString>
 
 #include <set>
 
 // What the main window edits: the palette (always present), at most one image shown through it,
-// the palette shown before the current one, the file names and the unsaved-changes flags. It
-// lives in the core so that the command line, the tests and the window share one document.
-class ChromaxisDocument
+// the palette shown before the current one, the file names, the unsaved-changes flags, the
+// palette view's settings, the undo history and the macro recorder. It lives in the core so
+// that the command line, the macro player and the tests work on the very same document as the
+// window, which only shows it.
+//
+// Every change through a setter is recorded as one history step unless fromHistory is set
+// (the history itself restoring a state). The signals tell the views what to show again.
+class ChromaxisDocument : public QObject
 {
+    Q_OBJECT
 public:
-    ChromaxisDocument();
+    explicit ChromaxisDocument(QObject *parent = nullptr);
+    ~ChromaxisDocument() override;
 
-    const Palette<uint> &palette() const { return m_palette; }
-    // Installs a new palette: the current one becomes the last palette and the image is rendered
-    // again through the new one.
-    void setPalette(const Palette<uint> &palette);
-    // Installs a palette for a live preview: the last palette stays as it is.
+    // ---- Palette
+    const Palette<uint> &palette() const { return m_palette.palette; }
+    PaletteState paletteState() const { return m_palette; }
+    void setPaletteState(const PaletteState &state, bool fromHistory = false);
+    // A new palette from a command: marked modified, the current one becomes the last palette.
+    void setPalette(const Palette<uint> &palette, bool fromHistory = false);
+    // A live preview: shown at once, recorded nowhere.
     void previewPalette(const Palette<uint> &palette);
     const Palette<uint> &lastPalette() const { return m_lastPalette; }
     void setLastPalette(const Palette<uint> &p) { m_lastPalette = p; }
+    bool isPaletteModified() const { return m_palette.paletteModified; }
+    void setPaletteModified(bool m) { m_palette.paletteModified = m; }
+    const QString &paletteFileName() const { return m_palette.fileName; }
+    void setPaletteFileName(const QString &f) { m_palette.fileName = f; }
+    int builtinIndex() const { return m_palette.builtinIndex; }
+    void setBuiltinIndex(int i) { m_palette.builtinIndex = i; }
 
-    // Indexes of the selected palette entries.
-    const std::set<int> &selection() const { return m_selection; }
-    void setSelection(const std::set<int> &s) { m_selection = s; }
-
-    const DocumentImage &image() const { return m_image; }
-    // Replaces the image (a null image closes it) and renders it through the palette.
-    void setImage(const DocumentImage &image);
-    void closeImage();
-    bool hasImage() const { return !m_image.isNull(); }
-    int imageMode() const { return m_image.mode(); }
-    int imageWidth() const { return m_image.width(); }
-    int imageHeight() const { return m_image.height(); }
+    // ---- Image
+    const DocumentImage &image() const { return m_image.image; }
+    ImageState imageState() const { return m_image; }
+    void setImageState(const ImageState &state, bool fromHistory = false);
+    // A new image from a command: marked modified, the file name kept.
+    void setImage(const DocumentImage &image, bool fromHistory = false);
+    void closeImage(bool fromHistory = false);
+    bool hasImage() const { return !m_image.image.isNull(); }
+    int imageMode() const { return m_image.image.mode(); }
+    int imageWidth() const { return m_image.image.width(); }
+    int imageHeight() const { return m_image.image.height(); }
+    bool isImageModified() const { return m_image.imageModified; }
+    void setImageModified(bool m) { m_image.imageModified = m; }
+    const QString &imageFileName() const { return m_image.fileName; }
+    void setImageFileName(const QString &f) { m_image.fileName = f; }
     // The text the property panel shows for a mode.
     static QString modeText(int mode, bool interpolate);
 
-    bool isImageModified() const { return m_imageModified; }
-    void setImageModified(bool m) { m_imageModified = m; }
-    bool isPaletteModified() const { return m_paletteModified; }
-    void setPaletteModified(bool m) { m_paletteModified = m; }
+    // ---- Palette view settings
+    const PaletteViewSettings &paletteViewSettings() const { return m_settings; }
+    void setPaletteViewSettings(const PaletteViewSettings &s, bool fromHistory = false);
 
-    const QString &imageFileName() const { return m_imageFileName; }
-    void setImageFileName(const QString &f) { m_imageFileName = f; }
-    const QString &paletteFileName() const { return m_paletteFileName; }
-    void setPaletteFileName(const QString &f) { m_paletteFileName = f; }
+    // ---- Selection and project
+    const std::set<int> &selection() const { return m_selection; }
+    void setSelection(const std::set<int> &s);
     const QString &projectFileName() const { return m_projectFileName; }
     void setProjectFileName(const QString &f) { m_projectFileName = f; }
 
-    // Position in the built-in palette list.
-    int builtinIndex() const { return m_builtinIndex; }
-    void setBuiltinIndex(int i) { m_builtinIndex = i; }
+    // ---- History and macros
+    ChromaxisUndoSystem &history() { return m_history; }
+    bool undo();
+    bool redo();
+    void clearHistory() { m_history.clearHistory(); }
+    // One command that changes both palette and image is one step.
+    void beginGroup() { m_history.beginGroup(); }
+    void endGroup() { m_history.endGroup(); }
+    ChromaxisMacroSystem &macros() { return m_macros; }
+    bool isRecording() const { return m_recording; }
+    void setRecording(bool on) { m_recording = on; }
+    // Records a step when recording is on; parameters are key:value lines.
+    void recordMacroStep(const QString &name, const QString &parameters = QString());
+
+signals:
+    void paletteChanged();
+    void imageChanged();
+    void paletteViewSettingsChanged();
+    void selectionChanged();
+    void historyChanged();
 
 private:
-    Palette<uint> m_palette;
+    PaletteState m_palette;
     Palette<uint> m_lastPalette;
-    DocumentImage m_image;
+    ImageState m_image;
+    PaletteViewSettings m_settings;
     std::set<int> m_selection;
-    bool m_imageModified = false;
-    bool m_paletteModified = false;
-    QString m_imageFileName;
-    QString m_paletteFileName;
     QString m_projectFileName;
-    int m_builtinIndex = 0;
+    ChromaxisUndoSystem m_history;
+    ChromaxisMacroSystem m_macros;
+    bool m_recording = false;
 };
 
 // Walking the built-in palette list of count entries.

@@ -1,5 +1,7 @@
 #include "paletteview.h"
 
+#include "paletteedits.h"
+
 #include "palettetextencoder.h"
 
 #include <QClipboard>
@@ -258,36 +260,8 @@ bool PaletteView::paste()
         return false;
 
     const int oldLength = m_palette.size();
-    const size_t limit = size_t(m_fixedSize ? oldLength : m_maximumSize);
-    const std::vector<RGBAColor<uint>> &old = m_palette.entries();
-    std::vector<RGBAColor<uint>> out;
-    if (m_selection.empty()) {
-        out = old;
-        if (single) {
-            if (out.size() < limit)
-                out.push_back(colors.front());
-        } else {
-            // A pasted palette without a selection is appended whole; a fixed size trims it below.
-            out.insert(out.end(), colors.begin(), colors.end());
-        }
-    } else {
-        // A single colour goes in after each selected entry; a pasted list takes each one's place.
-        for (int i = 0; i < oldLength && out.size() < limit; ++i) {
-            if (single) {
-                out.push_back(old[size_t(i)]);
-                if (isSelected(i) && out.size() < limit)
-                    out.push_back(colors.front());
-            } else if (isSelected(i)) {
-                for (size_t k = 0; k < colors.size() && out.size() < limit; ++k)
-                    out.push_back(colors[k]);
-            } else {
-                out.push_back(old[size_t(i)]);
-            }
-        }
-    }
-    m_palette.entries() = std::move(out);
-    if (m_fixedSize)
-        m_palette.resize(oldLength, m_fillColor);
+    PaletteEdits::paste(m_palette, m_selection, colors, single, m_fixedSize ? oldLength : m_maximumSize, m_fixedSize,
+                        m_fillColor);
 
     const bool hadSelection = !m_selection.empty();
     m_selection.clear();
@@ -310,14 +284,7 @@ bool PaletteView::replace()
     if (colors.empty())
         return false;
     const int length = m_palette.size();
-    size_t k = 0;
-    for (int i : m_selection) {
-        if (i < 0 || i >= length)
-            continue;
-        m_palette[i] = colors[k % colors.size()];
-        ++k;
-    }
-    if (k == 0)
+    if (PaletteEdits::replaceSelected(m_palette, m_selection, colors) == 0)
         return false;
     finishCommand(false, true, length);
     return true;
@@ -330,14 +297,7 @@ bool PaletteView::cut_remove(bool copy2clipboard)
     if (copy2clipboard)
         copy();
     const int oldLength = m_palette.size();
-    std::vector<RGBAColor<uint>> kept;
-    kept.reserve(size_t(oldLength));
-    for (int i = 0; i < oldLength; ++i)
-        if (!isSelected(i))
-            kept.push_back(m_palette[i]);
-    if (m_fixedSize)
-        kept.resize(size_t(oldLength), m_fillColor);
-    m_palette.entries() = std::move(kept);
+    PaletteEdits::removeSelected(m_palette, m_selection, m_fixedSize, m_fillColor);
     m_selection.clear();
     m_anchor = -1;
     finishCommand(true, true, oldLength);
@@ -359,9 +319,7 @@ bool PaletteView::cut_toBackground()
         return false;
     copy();
     const int length = m_palette.size();
-    for (int i : m_selection)
-        if (i >= 0 && i < length)
-            m_palette[i] = m_fillColor;
+    PaletteEdits::fillSelected(m_palette, m_selection, m_fillColor);
     m_selection.clear();
     m_anchor = -1;
     finishCommand(true, true, length);
@@ -385,10 +343,7 @@ bool PaletteView::edit()
 
     // The dialog's colour keeps its 16 bits a channel.
     const QRgba64 c = dialog.selectedColor().rgba64();
-    const RGBAColor<uint> entry(c.red(), c.green(), c.blue(), c.alpha());
-    for (int i : m_selection)
-        if (i >= 0 && i < length)
-            m_palette[i] = entry;
+    PaletteEdits::setSelected(m_palette, m_selection, {c.red(), c.green(), c.blue(), c.alpha()});
     finishCommand(false, true, length);
     return true;
 }
