@@ -32,7 +32,7 @@ const std::vector<ActionEntry> &actionCatalogue()
         {"paste", "&Paste", "Paste the clipboard's contents into the current selection", "paste16x16.png",
          "Ctrl+V"},
         {"replace", "&Replace", "Replace the current selection by clipboard contents", nullptr, "Ctrl+Shift+V"},
-        {"deleteA", "&Delete", "Delete the selected entries", "delete16x16.png", nullptr, K::Delete},
+        {"deleteA", "&Delete", "Delete the selected entries", "delete16x16.png", "Del"},
         {"edit", "&Edit...", "Edit the selected entries...", "edit16x16.png", "Ctrl+E"},
         {"loadSelection", "Load selection...", "Load a selection..."},
         {"saveSelection", "Save selection...", "Save the current selection..."},

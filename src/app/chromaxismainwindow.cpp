@@ -4,6 +4,7 @@
 #include "cxpropertywidget.h"
 #include "dialogs/rgbimagedialog.h"
 #include "imagelabel.h"
+#include "macroplayer.h"
 #include "palettedatabase.h"
 #include "utils/qt/colorwidgets/paletteview.h"
 
@@ -36,6 +37,7 @@ const int defaultPaletteSizes[] = {2, 4, 8, 16, 32, 64, 128, 256, 512, 1024};
 ChromaxisMainWindow::ChromaxisMainWindow(PaletteDatabase *builtinPalettes, QWidget *parent)
     : QMainWindow(parent), m_builtinPalettes(builtinPalettes)
 {
+    MacroPlayer::setPaletteDatabase(builtinPalettes);
     m_printer = std::make_unique<QPrinter>(QPrinter::ScreenResolution);
     setWindowIcon(QIcon(QStringLiteral(":res/images/chromaxis.ico")));
     setWindowTitle(QStringLiteral("Chromaxis"));

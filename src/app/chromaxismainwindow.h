@@ -11,6 +11,7 @@
 class CXPropertyWidget;
 class ImageLabel;
 class PaletteDatabase;
+class PaletteDialog;
 class PaletteView;
 class QAction;
 class QActionGroup;
@@ -50,6 +51,8 @@ public:
     // Opening without a file dialog, as the command line and dropped files do; errors are shown
     // in message boxes and leave the document as it was. Return whether the file was opened.
     bool loadImageFile(const QString &path);
+    bool loadProjectFile(const QString &path);
+    bool saveProjectFile(const QString &path);
     bool loadPaletteFile(const QString &path);
     bool saveImageFile(const QString &path);
     bool savePaletteFile(const QString &path);
@@ -66,6 +69,10 @@ public:
 
 public slots:
     // File
+    void newProject();
+    void openProject();
+    bool saveProject();
+    bool saveProjectAs();
     void openImage();
     bool saveImage();
     bool saveImageAs();
@@ -109,6 +116,26 @@ public slots:
     void showStatusBar();
     void about();
     void visit();
+    // Palette generators, manipulation dialogs, selection pattern and text export
+    void paletteGenerateGrayScale();
+    void paletteGenerateExtendedGrayScale();
+    void paletteGenerateHueRot256();
+    void paletteGenerateHueRot1024();
+    void paletteInterpolateSelected();
+    void paletteOrderInvert();
+    void paletteOrderShift();
+    void paletteGenerateInterpolation();
+    void paletteInterpolateSelectedExt();
+    void paletteGenerateUsingCosini();
+    void paletteManipulateBrightnessContrast();
+    void paletteManipulateHueSaturationValue();
+    void paletteManipulateComponents();
+    void paletteManipulateBlur();
+    void paletteManipulateTint();
+    void paletteManipulateGradientTint();
+    void selectPattern();
+    void exportPaletteToText();
+    void settingsPaletteCopyFormat();
     // Previews and the palette view
     void adaptPalette(const Palette<uint> &palette);
     void adaptPaletteOnly(const Palette<uint> &palette);
@@ -150,6 +177,13 @@ private:
     void setPaletteSizeTo(int size);
     void setCopyFormat(int format);
     void recordStep(const QString &name, const QString &parameters = QString());
+    // Palette dialogs: live preview, Cancel restores, OK installs the result as one history step
+    // and one macro step.
+    bool runPaletteDialog(PaletteDialog &dialog);
+    // A palette operation without settings, installed as one history step and one macro step.
+    void applyPaletteOperation(const QString &name);
+    // "selection:..." for a macro step when entries are selected, otherwise nothing.
+    QString selectionParameters() const;
     void rememberRecentFile(const QString &path);
     void updateRecentFiles();
     // The directory a file dialog starts in and remembering the chosen one.

@@ -5,6 +5,8 @@
 #include "dialogs/palettedbdialog.h"
 #include "dialogs/rgbimagedialog.h"
 #include "documentimageio.h"
+#include "documentproject.h"
+#include "standardpalettes.h"
 #include "imagelabel.h"
 #include "macroplayer.h"
 #include "palettedatabase.h"
@@ -128,6 +130,87 @@ void ChromaxisMainWindow::paletteViewSelectionChange()
 
 // ---- Files ---------------------------------------------------------------------------------------
 
+// ---- Projects ------------------------------------------------------------------------------------
+
+void ChromaxisMainWindow::newProject()
+{
+    if (!maybeSaveImage() || !maybeSavePalette())
+        return;
+    ProjectData fresh;
+    fresh.palette = grayscalePalette();
+    DocumentProject::install(m_document, fresh);
+    m_document.setProjectFileName(QString());
+    setScale(1.0);
+    updateHistoryActions();
+}
+
+bool ChromaxisMainWindow::loadProjectFile(const QString &path)
+{
+    ProjectData data;
+    try {
+        data = ProjectFile::read(path);
+    } catch (const DescribedException &e) {
+        QMessageBox::critical(this, tr("Could not load project"), e.message(), QMessageBox::Ok);
+        return false;
+    }
+    DocumentProject::install(m_document, data);
+    m_document.setProjectFileName(path);
+    setScale(1.0);
+    updateHistoryActions();
+    rememberRecentFile(path);
+    statusBar()->showMessage(tr("Project %1 loaded").arg(QFileInfo(path).fileName()), 3000);
+    return true;
+}
+
+void ChromaxisMainWindow::openProject()
+{
+    if (!maybeSaveImage() || !maybeSavePalette())
+        return;
+    const QString path = QFileDialog::getOpenFileName(this, tr("Open project"), dialogDirectory("default_project_dir"),
+                                                      tr("Chromaxis project files (*.cxw)"));
+    if (path.isEmpty())
+        return;
+    rememberDirectory("default_project_dir", path);
+    loadProjectFile(path);
+}
+
+bool ChromaxisMainWindow::saveProjectFile(const QString &path)
+{
+    try {
+        ProjectFile::write(path, DocumentProject::capture(m_document));
+    } catch (const DescribedException &e) {
+        showError(this, e);
+        return false;
+    }
+    m_document.setProjectFileName(path);
+    rememberRecentFile(path);
+    statusBar()->showMessage(tr("Project saved"), 2000);
+    return true;
+}
+
+bool ChromaxisMainWindow::saveProject()
+{
+    if (m_document.projectFileName().isEmpty())
+        return saveProjectAs();
+    return saveProjectFile(m_document.projectFileName());
+}
+
+bool ChromaxisMainWindow::saveProjectAs()
+{
+    // The dialog shares its title with the palette's save dialog; users know it by that name.
+    QFileDialog dialog(this, tr("Save palette as"), dialogDirectory("default_project_dir"),
+                       tr("Chromaxis project files (*.cxw)"));
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setDefaultSuffix("cxw");
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
+        return false;
+    const QString path = dialog.selectedFiles().first();
+    rememberDirectory("default_project_dir", path);
+    return saveProjectFile(path);
+}
+
+// ---- Images and palettes -------------------------------------------------------------------------
+
 bool ChromaxisMainWindow::loadImageFile(const QString &path)
 {
     DocumentImage image;
@@ -214,6 +297,7 @@ void ChromaxisMainWindow::closeImage()
     if (!maybeSaveImage())
         return;
     m_document.closeImage();
+    recordStep(QStringLiteral("close_image"));
 }
 
 bool ChromaxisMainWindow::loadPaletteFile(const QString &path)
@@ -337,7 +421,8 @@ void ChromaxisMainWindow::openFiles(const QStringList &paths)
     for (const QString &path : paths) {
         const QString suffix = QFileInfo(path).suffix().toLower();
         if (suffix == QLatin1String("cxw")) {
-            notAvailableYet(tr("Opening projects"));
+            if (maybeSaveImage() && maybeSavePalette())
+                loadProjectFile(path);
         } else if (formatFromWord(suffix) != FormatUnknown && suffix != QLatin1String("gif")) {
             if (maybeSavePalette())
                 loadPaletteFile(path);
@@ -493,6 +578,7 @@ void ChromaxisMainWindow::installBuiltin(int index)
     state.fileName.clear();
     state.paletteModified = true;
     m_document.setPaletteState(state);
+    recordStep(QStringLiteral("palette_from_db"), QStringLiteral("name:%1\n").arg(name));
     statusBar()->showMessage(name, 3000);
 }
 
@@ -575,8 +661,11 @@ void ChromaxisMainWindow::setMaximumPaletteSize(int size)
         documentSettingsChanged(); // puts the menu's check back
         return;
     }
+    if (s.maximumSize == size)
+        return;
     s.maximumSize = size;
     m_document.setPaletteViewSettings(s);
+    recordStep(QStringLiteral("palette_set_max_size"), QStringLiteral("size:%1\n").arg(size));
 }
 
 void ChromaxisMainWindow::setCopyFormat(int format)

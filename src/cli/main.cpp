@@ -1,6 +1,9 @@
 #include "clicontext.h"
 #include "colorcommands.h"
+#include "conversioncommands.h"
 #include "imagecommands.h"
+#include "operationcommands.h"
+#include "macrocommands.h"
 #include "describedexception.h"
 #include "palette.h"
 #include "palettecommands.h"
@@ -67,23 +70,23 @@ std::vector<Command> commands()
         {{"color", "hsva"}, colorHsva},
         {{"palette", "show"}, paletteShow},
         {{"palette", "convert"}, paletteConvert},
-        {{"palette", "generate"}, {}},
-        {{"palette", "apply"}, {}},
+        {{"palette", "generate"}, paletteGenerate},
+        {{"palette", "apply"}, paletteApply},
         {{"palette", "text"}, paletteText},
         {{"palette", "render"}, {}},
-        {{"palette", "select"}, {}},
+        {{"palette", "select"}, paletteSelect},
         {{"image", "show"}, imageShow},
         {{"image", "render"}, imageRender},
-        {{"image", "convert"}, {}},
-        {{"image", "quantise"}, {}},
-        {{"image", "fast"}, {}},
+        {{"image", "convert"}, imageConvert},
+        {{"image", "quantise"}, imageQuantise},
+        {{"image", "fast"}, imageFast},
         {{"project", "show"}, projectShow},
         {{"project", "create"}, projectCreate},
         {{"generate"}, {}},
         {{"animation"}, {}},
         {{"db", "list"}, dbList},
         {{"db", "show"}, dbShow},
-        {{"macro", "run"}, {}},
+        {{"macro", "run"}, macroRun},
     };
 }
 

@@ -17,7 +17,7 @@ ChromaxisDocument::~ChromaxisDocument() = default;
 void ChromaxisDocument::setPaletteState(const PaletteState &state, bool fromHistory)
 {
     if (!fromHistory)
-        m_history.addUndoAction(new ChromaxisUndoAction_PaletteChange(this, m_palette, state));
+        addHistoryStep(new ChromaxisUndoAction_PaletteChange(this, m_palette, state));
     if (state.palette != m_palette.palette)
         m_lastPalette = m_palette.palette;
     m_palette = state;
@@ -44,7 +44,7 @@ void ChromaxisDocument::previewPalette(const Palette<uint> &palette)
 void ChromaxisDocument::setImageState(const ImageState &state, bool fromHistory)
 {
     if (!fromHistory)
-        m_history.addUndoAction(new ChromaxisUndoAction_ImageChange(this, m_image, state));
+        addHistoryStep(new ChromaxisUndoAction_ImageChange(this, m_image, state));
     m_image = state;
     m_image.image.render(m_palette.palette);
     emit imageChanged();
@@ -69,7 +69,7 @@ void ChromaxisDocument::setPaletteViewSettings(const PaletteViewSettings &s, boo
     if (s == m_settings)
         return;
     if (!fromHistory)
-        m_history.addUndoAction(new ChromaxisUndoAction_SettingsChange(this, m_settings, s));
+        addHistoryStep(new ChromaxisUndoAction_SettingsChange(this, m_settings, s));
     m_settings = s;
     emit paletteViewSettingsChanged();
     emit historyChanged();
@@ -83,27 +83,70 @@ void ChromaxisDocument::setSelection(const std::set<int> &s)
     emit selectionChanged();
 }
 
+void ChromaxisDocument::addHistoryStep(ChromaxisUndoAction *action)
+{
+    if (m_history.isGroupOpen()) {
+        m_history.addUndoAction(action);
+        return;
+    }
+    action->macroBefore = action->macroAfter = m_recording ? m_macros.position() : -1;
+    m_pendingMacroStep = m_recording ? action : nullptr;
+    m_history.addUndoAction(action);
+    if (m_history.actionAt(m_history.count() - 1) != action)
+        m_pendingMacroStep = nullptr; // trimmed away at once (a history of one step)
+}
+
+void ChromaxisDocument::beginGroup()
+{
+    m_groupMacroBefore = m_recording ? m_macros.position() : -1;
+    m_history.beginGroup();
+}
+
+void ChromaxisDocument::endGroup()
+{
+    m_history.endGroup();
+    ChromaxisUndoAction *group = m_history.actionAt(m_history.count() - 1);
+    if (group) {
+        group->macroBefore = group->macroAfter = m_groupMacroBefore;
+        m_pendingMacroStep = m_groupMacroBefore >= 0 ? group : nullptr;
+    }
+    emit historyChanged();
+}
+
+// The macro follows the history: an undone command drops out of the effective steps and a
+// redone one comes back. Each step remembers where the recorder stood around its command, which
+// also keeps commands that make no history step (copy, zoom) from being taken out by mistake.
 bool ChromaxisDocument::undo()
 {
+    ChromaxisUndoAction *step = m_history.actionAt(m_history.position() - 1);
     const bool done = m_history.undo();
-    // The macro follows the history: an undone command drops out of the effective steps.
-    recordMacroStep(QStringLiteral("undo"));
+    if (done && m_recording && step && step->macroBefore >= 0)
+        m_macros.setPosition(step->macroBefore);
+    m_pendingMacroStep = nullptr;
     emit historyChanged();
     return done;
 }
 
 bool ChromaxisDocument::redo()
 {
+    ChromaxisUndoAction *step = m_history.actionAt(m_history.position());
     const bool done = m_history.redo();
-    recordMacroStep(QStringLiteral("redo"));
+    if (done && m_recording && step && step->macroAfter >= 0)
+        m_macros.setPosition(step->macroAfter);
+    m_pendingMacroStep = nullptr;
     emit historyChanged();
     return done;
 }
 
 void ChromaxisDocument::recordMacroStep(const QString &name, const QString &parameters)
 {
-    if (m_recording)
-        m_macros.addMacroAction(new ChromaxisMacroAction(name, parameters));
+    if (!m_recording)
+        return;
+    m_macros.addMacroAction(new ChromaxisMacroAction(name, parameters));
+    if (m_pendingMacroStep) {
+        m_pendingMacroStep->macroAfter = m_macros.position();
+        m_pendingMacroStep = nullptr;
+    }
 }
 
 QString ChromaxisDocument::modeText(int mode, bool interpolate)

@@ -75,14 +75,20 @@ public:
     ChromaxisUndoSystem &history() { return m_history; }
     bool undo();
     bool redo();
-    void clearHistory() { m_history.clearHistory(); }
+    void clearHistory()
+    {
+        m_pendingMacroStep = nullptr;
+        m_history.clearHistory();
+        emit historyChanged();
+    }
     // One command that changes both palette and image is one step.
-    void beginGroup() { m_history.beginGroup(); }
-    void endGroup() { m_history.endGroup(); }
+    void beginGroup();
+    void endGroup();
     ChromaxisMacroSystem &macros() { return m_macros; }
     bool isRecording() const { return m_recording; }
     void setRecording(bool on) { m_recording = on; }
-    // Records a step when recording is on; parameters are key:value lines.
+    // Records a step when recording is on; parameters are key:value lines. A command that makes
+    // a history step records its macro step right after it, so the two stay paired.
     void recordMacroStep(const QString &name, const QString &parameters = QString());
 
 signals:
@@ -93,6 +99,8 @@ signals:
     void historyChanged();
 
 private:
+    void addHistoryStep(ChromaxisUndoAction *action);
+
     PaletteState m_palette;
     Palette<uint> m_lastPalette;
     ImageState m_image;
@@ -102,6 +110,9 @@ private:
     ChromaxisUndoSystem m_history;
     ChromaxisMacroSystem m_macros;
     bool m_recording = false;
+    int m_groupMacroBefore = -1;
+    // The latest step whose command may still record its macro step.
+    ChromaxisUndoAction *m_pendingMacroStep = nullptr;
 };
 
 // Walking the built-in palette list of count entries.

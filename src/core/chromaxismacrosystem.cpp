@@ -71,6 +71,11 @@ void ChromaxisMacroSystem::clear()
     m_position = 0;
 }
 
+void ChromaxisMacroSystem::setPosition(int position)
+{
+    m_position = qBound(0, position, int(m_actions.size()));
+}
+
 std::vector<const ChromaxisMacroAction *> ChromaxisMacroSystem::effectiveSteps() const
 {
     return {m_actions.begin(), m_actions.begin() + m_position};

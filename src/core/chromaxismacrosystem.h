@@ -41,6 +41,8 @@ public:
     virtual bool undo();
     virtual bool redo();
     void clear();
+    // Moves the position directly, within 0..count(); the document uses it to follow its history.
+    void setPosition(int position);
 
     int position() const { return m_position; }
     int count() const { return int(m_actions.size()); }

@@ -18,6 +18,12 @@ public:
     virtual bool undo() = 0;
     virtual bool redo() = 0;
 
+    // Where the macro recorder stood before this step's command and after it, so that undoing
+    // and redoing the step takes exactly its command out of the macro and back in; -1 when the
+    // step was made while nothing was recorded.
+    int macroBefore = -1;
+    int macroAfter = -1;
+
 protected:
     ChromaxisDocument *m_document = nullptr; // not owned
 };
@@ -98,6 +104,11 @@ public:
     bool isGroupOpen() const { return m_openGroup != nullptr; }
 
     int position() const { return m_position; }
+    // The step at index (0 is the oldest), or nullptr.
+    ChromaxisUndoAction *actionAt(int index) const
+    {
+        return index >= 0 && index < int(m_actions.size()) ? m_actions[size_t(index)] : nullptr;
+    }
     int count() const { return int(m_actions.size()); }
     int limit() const { return m_limit; }
 

@@ -11,14 +11,21 @@ DocumentImage DocumentImage::fromPicture(const QImage &picture)
         return img;
     img.m_width = picture.width();
     img.m_height = picture.height();
-    if (picture.format() == QImage::Format_Indexed8) {
+    // An 8-bit grayscale picture is one index a pixel too (PNG writers store an indexed picture
+    // whose table is all grey that way), so it opens as indexed with a grey table.
+    const bool grey = picture.format() == QImage::Format_Grayscale8;
+    if (picture.format() == QImage::Format_Indexed8 || grey) {
         img.adoptIndexes8([&](uint8_t *dst, int stride) {
             for (int y = 0; y < img.m_height; ++y)
                 std::memcpy(dst + size_t(y) * size_t(stride), picture.constScanLine(y), size_t(img.m_width));
         });
-        for (QRgb c : picture.colorTable())
+        QVector<QRgb> table = picture.colorTable();
+        if (grey)
+            for (int i = 0; i < 256; ++i)
+                table << qRgb(i, i, i);
+        for (QRgb c : table)
             img.m_imagePalette.append({uint(qRed(c)) << 8, uint(qGreen(c)) << 8, uint(qBlue(c)) << 8, 65535});
-        img.m_picture = img.viewIndexes8(picture.colorTable());
+        img.m_picture = img.viewIndexes8(table);
     } else {
         img.m_mode = RGB;
         img.m_picture = picture.convertToFormat(QImage::Format_ARGB32);

@@ -3,9 +3,13 @@
 #include "chromaxisdocument.h"
 #include "describedexception.h"
 #include "documentimageio.h"
+#include "imageconversionsteps.h"
+#include "palettedatabase.h"
 #include "paletteedits.h"
+#include "selectionpattern.h"
 #include "paletteformats.h"
 #include "palettegenerators.h"
+#include "paletteoperations.h"
 #include "standardpalettes.h"
 
 #include <QFileInfo>
@@ -40,10 +44,7 @@ RGBAColor<uint> colourFromText(const QString &text, const QString &step)
     return {c[0], c[1], c[2], c[3]};
 }
 
-void installGenerated(ChromaxisDocument &doc, const Palette<uint> &p)
-{
-    doc.setPalette(p);
-}
+const PaletteDatabase *database = nullptr;
 
 void registerBuiltins(std::map<QString, MacroPlayer::Handler> &r)
 {
@@ -79,7 +80,7 @@ void registerBuiltins(std::map<QString, MacroPlayer::Handler> &r)
         player.clipboard.clear();
         for (int i = 0; i < doc.palette().size(); ++i)
             if (sel.empty() || sel.count(i))
-                player.clipboard.push_back(doc.palette()[i]);
+                player.clipboard.push_back(PaletteEdits::throughClipboard(doc.palette()[i]));
         player.clipboardSingle = sel.size() == 1;
     };
     r["paste"] = [](MacroPlayer &player, ChromaxisDocument &doc, const P &p) {
@@ -108,6 +109,35 @@ void registerBuiltins(std::map<QString, MacroPlayer::Handler> &r)
                                                       QStringLiteral("edit"));
         if (PaletteEdits::setSelected(palette, stepSelection(doc, p), colour) > 0)
             doc.setPalette(palette);
+    };
+    r["close_image"] = [](MacroPlayer &, ChromaxisDocument &doc, const P &) { doc.closeImage(); };
+    r["palette_from_db"] = [](MacroPlayer &, ChromaxisDocument &doc, const P &p) {
+        const QString name = required(p, QStringLiteral("name"), QStringLiteral("palette_from_db"));
+        const auto palette = database ? database->lookup(name) : std::nullopt;
+        if (!palette)
+            throw DescribedException(QStringLiteral("Error on playing macro"),
+                                     QStringLiteral("There is no palette named '%1' in the database.").arg(name));
+        PaletteState state = doc.paletteState();
+        state.palette = *palette;
+        state.palette.setProperty(PaletteName, name);
+        state.builtinIndex = int(database->names().indexOf(name));
+        state.fileName.clear();
+        state.paletteModified = true;
+        doc.setPaletteState(state);
+    };
+    r["palette_set_max_size"] = [](MacroPlayer &, ChromaxisDocument &doc, const P &p) {
+        bool ok = false;
+        const int size = required(p, QStringLiteral("size"), QStringLiteral("palette_set_max_size")).toInt(&ok);
+        if (!ok || size <= 0)
+            throw DescribedException(QStringLiteral("Error on playing macro"),
+                                     QStringLiteral("The maximum palette size must be a positive number."));
+        PaletteViewSettings s = doc.paletteViewSettings();
+        s.maximumSize = size;
+        doc.setPaletteViewSettings(s);
+    };
+    r["select_pattern"] = [](MacroPlayer &, ChromaxisDocument &doc, const P &p) {
+        SettingsText::Pairs pairs(p.begin(), p.end());
+        doc.setSelection(SelectionPattern::select(doc.palette().size(), pairs));
     };
     r["reset_undo"] = [](MacroPlayer &, ChromaxisDocument &doc, const P &) { doc.clearHistory(); };
     for (const char *viewOnly : {"zoom_in", "zoom_out", "zoom_reset"})
@@ -141,24 +171,6 @@ void registerBuiltins(std::map<QString, MacroPlayer::Handler> &r)
         palette.resize(size, s.fillColor);
         doc.setPalette(palette);
     };
-    r["palette_generate_grayscale"] = [](MacroPlayer &, ChromaxisDocument &doc, const P &) {
-        installGenerated(doc, grayscalePalette());
-    };
-    r["palette_generate_extgrayscale"] = [](MacroPlayer &, ChromaxisDocument &doc, const P &) {
-        installGenerated(doc, PaletteGenerators::extendedGrayscale());
-    };
-    r["palette_generate_huerot256"] = [](MacroPlayer &, ChromaxisDocument &doc, const P &) {
-        installGenerated(doc, PaletteGenerators::hueRotation(256));
-    };
-    r["palette_generate_huerot1024"] = [](MacroPlayer &, ChromaxisDocument &doc, const P &) {
-        installGenerated(doc, PaletteGenerators::hueRotation(1024));
-    };
-    r["palette_invert_order"] = [](MacroPlayer &, ChromaxisDocument &doc, const P &) {
-        installGenerated(doc, PaletteGenerators::invertOrder(doc.palette()));
-    };
-    r["interpolate_selected"] = [](MacroPlayer &, ChromaxisDocument &doc, const P &p) {
-        installGenerated(doc, PaletteGenerators::interpolateSelected(doc.palette(), stepSelection(doc, p)));
-    };
 }
 
 } // namespace
@@ -168,12 +180,23 @@ std::map<QString, MacroPlayer::Handler> &MacroPlayer::registry()
     static std::map<QString, Handler> r = [] {
         std::map<QString, Handler> m;
         registerBuiltins(m);
+        registerImageConversionSteps(m);
         return m;
     }();
     return r;
 }
 
 MacroPlayer::MacroPlayer() = default;
+
+void MacroPlayer::setPaletteDatabase(const PaletteDatabase *db)
+{
+    database = db;
+}
+
+const PaletteDatabase *MacroPlayer::paletteDatabase()
+{
+    return database;
+}
 
 void MacroPlayer::registerStep(const QString &name, Handler handler)
 {
@@ -190,11 +213,26 @@ MacroPlayer::Report MacroPlayer::play(ChromaxisDocument &document, const std::ve
     Report report;
     for (const MacroFile::Step &step : steps) {
         const auto it = registry().find(step.name);
-        if (it == registry().end()) {
+        if (it != registry().end()) {
+            it->second(*this, document, parseParameters(step.parameters));
+        } else if (PaletteOperations::exists(step.name)) {
+            // A palette dialog's step carries its settings text; the selection it acted on, when
+            // recorded, comes in a line of its own after it.
+            const Parameters p = parseParameters(step.parameters);
+            const auto sel = p.find(QStringLiteral("selection"));
+            const std::set<int> selection =
+                sel == p.end() ? document.selection() : selectionFromText(sel->second);
+            SettingsText::Pairs settings;
+            for (const QString &line : step.parameters.split('\n', Qt::SkipEmptyParts)) {
+                const int colon = line.indexOf(':');
+                settings.emplace_back(colon < 0 ? line.trimmed() : line.left(colon),
+                                      colon < 0 ? QString() : line.mid(colon + 1));
+            }
+            document.setPalette(PaletteOperations::apply(step.name, document.palette(), selection, settings));
+        } else {
             report.skipped << step.name;
             continue;
         }
-        it->second(*this, document, parseParameters(step.parameters));
         ++report.played;
     }
     return report;

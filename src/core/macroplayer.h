@@ -12,6 +12,7 @@
 #include <vector>
 
 class ChromaxisDocument;
+class PaletteDatabase;
 
 // Replays recorded steps on a document, headless: the same document operations the window's
 // commands perform. Steps that only move the view (zoom) play as nothing; steps whose command
@@ -30,6 +31,10 @@ public:
     };
 
     MacroPlayer();
+
+    // The built-in palette list the "from DB" steps look names up in (not owned; may be null).
+    static void setPaletteDatabase(const PaletteDatabase *database);
+    static const PaletteDatabase *paletteDatabase();
 
     // Adds or replaces the handler of a step name; features register their steps here.
     static void registerStep(const QString &name, Handler handler);

@@ -86,4 +86,9 @@ int setSelected(Palette<uint> &palette, const std::set<int> &selection, const RG
     return changed;
 }
 
+RGBAColor<uint> throughClipboard(const RGBAColor<uint> &c)
+{
+    return {c.r & 0xFF00u, c.g & 0xFF00u, c.b & 0xFF00u, 0xFF00u};
+}
+
 } // namespace PaletteEdits

@@ -28,4 +28,8 @@ int replaceSelected(Palette<uint> &palette, const std::set<int> &selection, cons
 // Edit: every selected entry becomes colour. Returns how many entries changed.
 int setSelected(Palette<uint> &palette, const std::set<int> &selection, const RGBAColor<uint> &colour);
 
+// A colour as it comes back from the clipboard: the clipboard holds 8-bit opaque colours
+// ("#ffrrggbb"), which widen back as byte << 8, so the alpha returns as 65280.
+RGBAColor<uint> throughClipboard(const RGBAColor<uint> &colour);
+
 } // namespace PaletteEdits

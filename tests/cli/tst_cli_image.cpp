@@ -130,7 +130,6 @@ void TestCliImage::failures_data()
                                      << 2 << "";
     QTest::newRow("unwritable output")
         << QStringList{"image", "render", "@indexed.png", "@no/such/dir/x.png"} << 1 << "";
-    QTest::newRow("project input") << QStringList{"image", "show", "@work.cxw"} << 2 << "not available yet\n";
     QTest::newRow("unknown db name") << QStringList{"db", "show", "nobody/nothing"} << 1
                                      << "Palette database: No palette named 'nobody/nothing' in the database.\n";
     QTest::newRow("db list takes nothing") << QStringList{"db", "list", "extra"} << 2 << "";

@@ -51,8 +51,6 @@ private slots:
     void failedWriteKeepsOldFile();
     void badUsage_data();
     void badUsage();
-    void projectsNotAvailable_data();
-    void projectsNotAvailable();
 
 private:
     QString path(const QString &name) const { return m_dir->filePath(name); }
@@ -322,29 +320,6 @@ void TestCliPalette::badUsage()
     QVERIFY(r.out.isEmpty());
     QVERIFY2(r.err.contains("Usage: chromaxis-cli"), qPrintable(r.err));
     QVERIFY(!QFile::exists(path("x.gpl")) && !QFile::exists(path("x.js")));
-}
-
-void TestCliPalette::projectsNotAvailable_data()
-{
-    QTest::addColumn<QStringList>("args");
-    QTest::newRow("show") << QStringList{"show", "@doc.cxw"};
-    QTest::newRow("show upper case") << QStringList{"show", "@DOC.CXW"};
-    QTest::newRow("show --from") << QStringList{"show", "@fire.gpl", "--from", "cxw"};
-    QTest::newRow("convert from") << QStringList{"convert", "@doc.cxw", "@x.gpl"};
-    QTest::newRow("convert into") << QStringList{"convert", "@fire.gpl", "@x.cxw"};
-    QTest::newRow("convert --to") << QStringList{"convert", "@fire.gpl", "@x.gpl", "--to", "cxw"};
-    QTest::newRow("text") << QStringList{"text", "@doc.cxw", "-"};
-}
-
-void TestCliPalette::projectsNotAvailable()
-{
-    QFETCH(QStringList, args);
-    write("doc.cxw", "not a project either");
-    const CliRun r = runCli(QStringList{"palette"} + inDir(args));
-    QCOMPARE(r.err, QString("not available yet\n"));
-    QCOMPARE(r.code, 2);
-    QVERIFY(r.out.isEmpty());
-    QVERIFY(!QFile::exists(path("x.gpl")) && !QFile::exists(path("x.cxw")));
 }
 
 QTEST_GUILESS_MAIN(TestCliPalette)

@@ -177,6 +177,9 @@ void TestDocumentImage::pictureLoadsIntoModes_data()
     QTest::newRow("indexed") << indexed << 2;
     QTest::newRow("rgb888") << rgb << 1;
     QTest::newRow("mono is not 8-bit indexed") << mono << 1;
+    QImage grey(3, 2, QImage::Format_Grayscale8);
+    grey.fill(7);
+    QTest::newRow("8-bit grey is indexed") << grey << 2;
 }
 
 void TestDocumentImage::pictureLoadsIntoModes()
@@ -187,7 +190,10 @@ void TestDocumentImage::pictureLoadsIntoModes()
     QCOMPARE(img.mode(), mode);
     QCOMPARE(img.width(), picture.width());
     QCOMPARE(img.height(), picture.height());
-    if (mode == 2) {
+    if (mode == 2 && picture.format() == QImage::Format_Grayscale8) {
+        QCOMPARE(img.imagePalette().size(), 256);
+        QCOMPARE(int(img.indexRow(1)[2]), 7);
+    } else if (mode == 2) {
         QCOMPARE(img.imagePalette().size(), 2);
         QCOMPARE(img.imagePalette()[1], RGBAColor<uint>(200 << 8, 100 << 8, 0, 65535));
         QCOMPARE(int(img.indexRow(1)[2]), 1);

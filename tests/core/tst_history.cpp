@@ -1,6 +1,7 @@
 #include "chromaxisdocument.h"
 #include "describedexception.h"
 #include "macroplayer.h"
+#include "paletteedits.h"
 #include "palettegenerators.h"
 
 #include <QTemporaryDir>
@@ -270,12 +271,32 @@ void TestHistory::macroRecordingOff()
     doc.recordMacroStep("palette_invert_order");
     QCOMPARE(doc.macros().count(), 0);
     doc.setRecording(true);
-    doc.recordMacroStep("palette_invert_order");
     doc.setPalette(paletteOf({1}));
-    doc.undo(); // an undo while recording takes the last step out of the macro too
+    doc.recordMacroStep("palette_invert_order");
+    doc.recordMacroStep("copy"); // no history step of its own
+    doc.setPalette(paletteOf({2}));
+    doc.recordMacroStep("paste");
+    QCOMPARE(doc.macros().position(), 3);
+    // An undo while recording takes exactly the undone command out of the macro.
+    doc.undo();
+    QCOMPARE(doc.macros().position(), 2);
+    doc.undo();
     QCOMPARE(doc.macros().position(), 0);
     doc.redo();
     QCOMPARE(doc.macros().position(), 1);
+    doc.redo();
+    QCOMPARE(doc.macros().position(), 3);
+    // A grouped command counts once.
+    doc.beginGroup();
+    doc.setPalette(paletteOf({3}));
+    doc.setImage(DocumentImage::fromIndexes32(1, 1, {0}));
+    doc.endGroup();
+    doc.recordMacroStep("image_convert_grayscale");
+    doc.undo();
+    QCOMPARE(doc.macros().position(), 3);
+    doc.clearHistory();
+    doc.recordMacroStep("zoom_in"); // nothing pending after a cleared history
+    QCOMPARE(doc.macros().position(), 4);
 }
 
 void TestHistory::macroFileRoundTrip()
@@ -333,9 +354,11 @@ void TestHistory::playerReplaysSteps()
     QCOMPARE(report.played, 8);
     QVERIFY(report.skipped.isEmpty());
     // 50 40 30 20 10 -> copy 50 -> paste after 30 -> 50 40 30 50 20 10 -> delete 0-1 -> 30 50 20 10
-    // -> edit 0; the size stays fixed.
+    // -> edit 0; the size stays fixed. The pasted colour went through the clipboard's 8 bits.
     Palette<uint> expected = paletteOf({30, 50, 20, 10});
     expected[0] = {1, 2, 3, 4};
+    expected[1] = PaletteEdits::throughClipboard(expected[1]);
+    QCOMPARE(expected[1], RGBAColor<uint>(0, 0, 0, 65280));
     QCOMPARE(doc.palette().entries(), expected.entries());
     QVERIFY(doc.paletteViewSettings().fixedSize);
 }

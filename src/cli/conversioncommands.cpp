@@ -1,0 +1,148 @@
+#include "conversioncommands.h"
+
+#include "cliargs.h"
+#include "describedexception.h"
+#include "documentimageio.h"
+#include "fastconversions.h"
+#include "imageconverter.h"
+#include "imageconvertsettings.h"
+#include "imagequantisizer.h"
+#include "imagequantisizesettings.h"
+#include "palettedatabase.h"
+#include "projectfile.h"
+#include "standardpalettes.h"
+
+#include <QFileInfo>
+
+#include <cstdio>
+#include <unistd.h>
+
+namespace {
+
+// The document IN becomes when the window opens it: a project's image and palette, or an image
+// file shown through the start-up palette. A fresh window has no last palette.
+struct Input
+{
+    DocumentImage image;
+    Palette<uint> palette;
+    Palette<uint> lastPalette;
+    QString imageFileName;
+};
+
+Input openInput(const QString &path)
+{
+    if (!isProjectPath(path))
+        return {DocumentImageIO::load(path), grayscalePalette(), {}, path};
+    ProjectData project = ProjectFile::read(path);
+    if (project.image.isNull())
+        throw DescribedException(
+            QStringLiteral("No image"),
+            QStringLiteral("The project %1 holds no image.").arg(QFileInfo(path).fileName()));
+    return {std::move(project.image), std::move(project.palette), {}, project.imageFileName};
+}
+
+// A project holding the result and its palette, or the image file (rendered through the palette,
+// indexed where the result is and the format allows it; .npy keeps the cells).
+void writeResult(const QString &path, DocumentImage image, const Palette<uint> &palette, const Input &input)
+{
+    if (isProjectPath(path)) {
+        ProjectData project;
+        project.palette = palette;
+        project.paletteModified = palette != input.palette;
+        project.image = std::move(image);
+        project.imageFileName = input.imageFileName;
+        project.imageModified = true;
+        ProjectFile::write(path, project);
+        return;
+    }
+    image.render(palette);
+    DocumentImageIO::save(path, image);
+}
+
+PaletteDatabase loadDatabase()
+{
+    PaletteDatabase db;
+    db.loadFromFile(QStringLiteral(":res/texts/db.txt"));
+    return db;
+}
+
+// A progress line on stderr, only when it is a terminal.
+void showProgress(ImageConversionEngine &engine)
+{
+    if (!isatty(fileno(stderr)))
+        return;
+    QObject::connect(&engine, &ImageConversionEngine::progressChanged, [](int step, int percent) {
+        std::fprintf(stderr, "\r%s %3d%%", step == 0 ? "computing palette" : "mapping pixels  ", percent);
+        if (step == 1 && percent == 100)
+            std::fputc('\n', stderr);
+        std::fflush(stderr);
+    });
+}
+
+void reportMissing(CliContext &ctx, const QStringList &missing)
+{
+    for (const QString &name : missing)
+        ctx.err << "Palette not found, grayscale used instead: " << name << '\n';
+    ctx.err.flush();
+}
+
+std::vector<CliArgs::Option> settingsOptions()
+{
+    return {{QStringLiteral("settings")}, {QStringLiteral("set"), true, true}};
+}
+
+} // namespace
+
+int imageConvert(CliContext &ctx)
+{
+    const CliArgs args(ctx.args, settingsOptions());
+    args.expectOperands(2);
+    const ImageConvertSettings settings =
+        ImageConvertSettings::fromPairs(settingsFromArgs(args, ImageConvertSettings::settingsName));
+    const Input input = openInput(args.operands()[0]);
+    const PaletteDatabase db = loadDatabase();
+    ImageConverter converter(&db);
+    settings.configure(converter, input.palette);
+    showProgress(converter);
+    DocumentImage result = converter.convert(input.image, input.palette);
+    reportMissing(ctx, converter.missingPalettes());
+    writeResult(args.operands()[1], std::move(result), converter.destinationPalette(), input);
+    return ExitOk;
+}
+
+int imageQuantise(CliContext &ctx)
+{
+    const CliArgs args(ctx.args, settingsOptions());
+    args.expectOperands(2);
+    const ImageQuantisizeSettings settings =
+        ImageQuantisizeSettings::fromPairs(settingsFromArgs(args, ImageQuantisizeSettings::settingsName));
+    Input input = openInput(args.operands()[0]);
+    const PaletteDatabase db = loadDatabase();
+    ImageQuantisizer quantisizer(&db);
+    settings.configure(quantisizer, input.palette);
+    showProgress(quantisizer);
+    DocumentImage result;
+    {
+        const Palette<uint> colors = ImageQuantisizer::imageColors(input.image, input.palette);
+        result = quantisizer.apply(input.image, colors, input.palette);
+    }
+    input.image = DocumentImage(); // the source is not needed for writing
+    reportMissing(ctx, quantisizer.missingPalettes());
+    writeResult(args.operands()[1], std::move(result), quantisizer.destinationPalette(), input);
+    return ExitOk;
+}
+
+int imageFast(CliContext &ctx)
+{
+    const CliArgs args(ctx.args, {});
+    args.expectOperands(3);
+    const QString name = args.operands()[0];
+    if (!FastConversions::exists(name))
+        throw CliUsageError{QStringLiteral("unknown conversion '%1'; one of: %2")
+                                .arg(name, FastConversions::names().join(QStringLiteral(", ")))};
+    Input input = openInput(args.operands()[1]);
+    FastConversions::Result r = FastConversions::apply(name, input.image, input.palette, input.lastPalette);
+    input.image = DocumentImage();
+    writeResult(args.operands()[2], std::move(r.image), r.palette, input);
+    return ExitOk;
+}

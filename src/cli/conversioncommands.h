@@ -1,0 +1,7 @@
+#pragma once
+
+#include "clicontext.h"
+
+int imageConvert(CliContext &ctx);
+int imageQuantise(CliContext &ctx);
+int imageFast(CliContext &ctx);

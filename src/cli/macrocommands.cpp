@@ -1,0 +1,30 @@
+#include "macrocommands.h"
+
+#include "chromaxisdocument.h"
+#include "cliargs.h"
+#include "documentproject.h"
+#include "macroplayer.h"
+#include "palettedatabase.h"
+
+int macroRun(CliContext &ctx)
+{
+    const CliArgs args(ctx.args, {});
+    args.expectOperands(3);
+    const QString macroPath = args.operands()[0];
+    const QString input = args.operands()[1];
+    const QString output = args.operands()[2];
+
+    const std::vector<MacroFile::Step> steps = MacroFile::read(macroPath);
+    PaletteDatabase database;
+    database.loadFromFile(QStringLiteral(":res/texts/db.txt"));
+    MacroPlayer::setPaletteDatabase(&database);
+    ChromaxisDocument document;
+    DocumentProject::open(document, input);
+    MacroPlayer player;
+    const MacroPlayer::Report report = player.play(document, steps);
+    ProjectFile::write(output, DocumentProject::capture(document));
+    if (!report.skipped.isEmpty())
+        ctx.err << "warning: " << report.skipped.size()
+                << " steps are not available yet and were skipped: " << report.skipped.join(", ") << '\n';
+    return ExitOk;
+}

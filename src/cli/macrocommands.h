@@ -1,0 +1,5 @@
+#pragma once
+
+#include "clicontext.h"
+
+int macroRun(CliContext &ctx);

@@ -1,0 +1,75 @@
+#include "imageconversionsteps.h"
+
+#include "chromaxisdocument.h"
+#include "describedexception.h"
+#include "fastconversions.h"
+#include "imageconverter.h"
+#include "imageconvertsettings.h"
+#include "imagequantisizer.h"
+#include "imagequantisizesettings.h"
+#include "palettedatabase.h"
+
+namespace {
+
+const PaletteDatabase &builtinPalettes()
+{
+    static const PaletteDatabase db = [] {
+        PaletteDatabase d;
+        d.loadFromFile(QStringLiteral(":res/texts/db.txt"));
+        return d;
+    }();
+    return db;
+}
+
+SettingsText::Pairs pairsOf(const MacroPlayer::Parameters &p)
+{
+    SettingsText::Pairs pairs;
+    for (const auto &[key, value] : p)
+        pairs.emplace_back(key, value);
+    return pairs;
+}
+
+void requireImage(const ChromaxisDocument &doc, const QString &step)
+{
+    if (!doc.hasImage())
+        throw DescribedException(QStringLiteral("Error on playing macro"),
+                                 QStringLiteral("The step '%1' needs an image.").arg(step));
+}
+
+void install(ChromaxisDocument &doc, const DocumentImage &image, const Palette<uint> &palette)
+{
+    doc.beginGroup();
+    if (palette != doc.palette())
+        doc.setPalette(palette);
+    doc.setImage(image);
+    doc.endGroup();
+}
+
+} // namespace
+
+void registerImageConversionSteps(std::map<QString, MacroPlayer::Handler> &registry)
+{
+    using P = MacroPlayer::Parameters;
+    for (const QString &name : FastConversions::names())
+        registry[name] = [name](MacroPlayer &, ChromaxisDocument &doc, const P &) {
+            requireImage(doc, name);
+            const FastConversions::Result r =
+                FastConversions::apply(name, doc.image(), doc.palette(), doc.lastPalette());
+            install(doc, r.image, r.palette);
+        };
+    registry[QStringLiteral("image_convert")] = [](MacroPlayer &, ChromaxisDocument &doc, const P &p) {
+        requireImage(doc, QStringLiteral("image_convert"));
+        ImageConverter converter(&builtinPalettes());
+        ImageConvertSettings::fromPairs(pairsOf(p)).configure(converter, doc.palette());
+        const DocumentImage image = converter.convert(doc.image(), doc.palette());
+        install(doc, image, converter.destinationPalette());
+    };
+    registry[QStringLiteral("image_quantisize")] = [](MacroPlayer &, ChromaxisDocument &doc, const P &p) {
+        requireImage(doc, QStringLiteral("image_quantisize"));
+        ImageQuantisizer quantisizer(&builtinPalettes());
+        ImageQuantisizeSettings::fromPairs(pairsOf(p)).configure(quantisizer, doc.palette());
+        const DocumentImage image = quantisizer.apply(
+            doc.image(), ImageQuantisizer::imageColors(doc.image(), doc.palette()), doc.palette());
+        install(doc, image, quantisizer.destinationPalette());
+    };
+}

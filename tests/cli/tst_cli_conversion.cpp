@@ -1,0 +1,210 @@
+#include "numpyimage.h"
+#include "projectfile.h"
+
+#include <QFile>
+#include <QImage>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include "clirunner.h"
+
+namespace {
+
+void writeText(const QString &path, const QByteArray &text)
+{
+    QFile f(path);
+    QVERIFY(f.open(QIODevice::WriteOnly));
+    f.write(text);
+}
+
+QByteArray readAll(const QString &path)
+{
+    QFile f(path);
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+}
+
+} // namespace
+
+class TestCliConversion : public QObject
+{
+    Q_OBJECT
+private slots:
+    void initTestCase();
+    void quantiseToIndexedPng();
+    void convertToNumpy_data();
+    void convertToNumpy();
+    void fastToProject();
+    void projectInputGivesItsPalette();
+    void missingPaletteIsReported();
+    void failures_data();
+    void failures();
+
+private:
+    QTemporaryDir m_dir;
+    QString path(const QString &name) const { return m_dir.filePath(name); }
+};
+
+void TestCliConversion::initTestCase()
+{
+    QImage rgb(8, 6, QImage::Format_RGB32);
+    for (int y = 0; y < 6; ++y)
+        for (int x = 0; x < 8; ++x)
+            rgb.setPixel(x, y, x < 4 ? qRgb(200, 30 + y, 10) : qRgb(20, 40, 220 - y));
+    QVERIFY(rgb.save(path("photo.png")));
+    QImage tiny(3, 1, QImage::Format_RGB32);
+    tiny.setPixel(0, 0, qRgb(10, 20, 31));
+    tiny.setPixel(1, 0, qRgb(255, 255, 255));
+    tiny.setPixel(2, 0, qRgb(1, 2, 3));
+    QVERIFY(tiny.save(path("tiny.png")));
+    writeText(path("quantise.txt"), "image_quantisize 2.0.0\nformat:0\npalette:3\ndither:1\n");
+    writeText(path("other.txt"), "tint 2.0.0\ncolor:#000000\n");
+    writeText(path("junk.png"), "no picture here");
+}
+
+void TestCliConversion::quantiseToIndexedPng()
+{
+    const QString out = path("quantised.png");
+    const CliRun r = runCli({"image", "quantise", path("photo.png"), out, "--settings", path("quantise.txt"),
+                             "--set", "method=2", "--set", "colors=4"});
+    QCOMPARE(r.err, QString());
+    QCOMPARE(r.code, 0);
+    const QImage result(out);
+    QCOMPARE(result.format(), QImage::Format_Indexed8);
+    QCOMPARE(result.size(), QSize(8, 6));
+    QSet<QRgb> shown;
+    for (int y = 0; y < 6; ++y)
+        for (int x = 0; x < 8; ++x)
+            shown.insert(result.pixel(x, y));
+    QVERIFY(shown.size() >= 2 && shown.size() <= 4);
+    // The two halves keep their hues.
+    QVERIFY(qRed(result.pixel(0, 0)) > 150 && qBlue(result.pixel(0, 0)) < 60);
+    QVERIFY(qBlue(result.pixel(7, 5)) > 150 && qRed(result.pixel(7, 5)) < 60);
+}
+
+void TestCliConversion::convertToNumpy_data()
+{
+    QTest::addColumn<QStringList>("command");
+    QTest::addColumn<int>("mode");
+    QTest::addColumn<QList<double>>("cells");
+    const float k = 85.666664f;
+    QTest::newRow("convert continuous")
+        << QStringList{"image", "convert", "tiny.png", "out.npy", "--set", "mode=1"} << 4
+        << QList<double>{61 * k, 765 * k, 6 * k};
+    QTest::newRow("convert extended")
+        << QStringList{"image", "convert", "tiny.png", "out.npy", "--set", "palette=1"} << 3
+        << QList<double>{61, 765, 6};
+    QTest::newRow("fast extended") << QStringList{"image", "fast", "image_convert_extended_grayscale",
+                                                  "tiny.png", "out.npy"}
+                                   << 3 << QList<double>{61, 765, 6};
+    QTest::newRow("fast as ints") << QStringList{"image", "fast", "image_convert_indexed32bitint", "tiny.png",
+                                                 "out.npy"}
+                                  << 3 << QList<double>{0x0A141F, 0xFFFFFF, 0x010203};
+    QTest::newRow("quantise grayscale nearest")
+        << QStringList{"image", "quantise", "tiny.png", "out.npy", "--set", "palette=0", "--set", "format=0"}
+        << 2 << QList<double>{20, 255, 2};
+}
+
+void TestCliConversion::convertToNumpy()
+{
+    QFETCH(QStringList, command);
+    QFETCH(int, mode);
+    QFETCH(QList<double>, cells);
+    for (QString &word : command)
+        if (word.endsWith(".png") || word.endsWith(".npy"))
+            word = path(word);
+    QFile::remove(path("out.npy"));
+    const CliRun r = runCli(command);
+    QCOMPARE(r.err, QString());
+    QCOMPARE(r.code, 0);
+    const DocumentImage image = NumpyImage::read(path("out.npy"));
+    QCOMPARE(image.mode(), mode);
+    QList<double> actual;
+    for (int x = 0; x < 3; ++x)
+        actual << (mode == 2   ? double(image.indexRow(0)[x])
+                   : mode == 3 ? double(image.indexCells()[size_t(x)])
+                               : double(image.continuousCells()[size_t(x)]));
+    QCOMPARE(actual, cells);
+}
+
+void TestCliConversion::fastToProject()
+{
+    const CliRun r = runCli({"image", "fast", "image_convert_grayscale", path("tiny.png"), path("gray.cxw")});
+    QCOMPARE(r.err, QString());
+    QCOMPARE(r.code, 0);
+    const ProjectData project = ProjectFile::read(path("gray.cxw"));
+    QCOMPARE(project.image.mode(), 2);
+    QCOMPARE(project.palette.size(), 256);
+    QCOMPARE(project.imageFileName, path("tiny.png"));
+    QVERIFY(project.imageModified);
+    QCOMPARE(project.image.indexRow(0)[0], uint8_t(20));
+}
+
+void TestCliConversion::projectInputGivesItsPalette()
+{
+    // "Current palette" is the project's palette.
+    ProjectData project;
+    project.image = DocumentImage::fromPicture(QImage(path("photo.png")));
+    project.palette.append({200 << 8, 30 << 8, 10 << 8, 65535});
+    project.palette.append({20 << 8, 40 << 8, 220 << 8, 65535});
+    ProjectFile::write(path("in.cxw"), project);
+    const CliRun r = runCli({"image", "quantise", path("in.cxw"), path("out.cxw"), "--set", "palette=2"});
+    QCOMPARE(r.err, QString());
+    QCOMPARE(r.code, 0);
+    const ProjectData result = ProjectFile::read(path("out.cxw"));
+    QCOMPARE(result.palette.entries(), project.palette.entries());
+    QCOMPARE(result.image.mode(), 2);
+    QCOMPARE(result.image.indexRow(0)[0], uint8_t(0));
+    QCOMPARE(result.image.indexRow(5)[7], uint8_t(1));
+}
+
+void TestCliConversion::missingPaletteIsReported()
+{
+    const CliRun r = runCli({"image", "convert", path("tiny.png"), path("missing.cxw"), "--set", "palette=3",
+                             "--set", "db_palette=nobody/nothing"});
+    QCOMPARE(r.code, 0);
+    QVERIFY(r.err.contains("nobody/nothing"));
+    QCOMPARE(ProjectFile::read(path("missing.cxw")).palette.size(), 256);
+}
+
+void TestCliConversion::failures_data()
+{
+    QTest::addColumn<QStringList>("command");
+    QTest::addColumn<int>("code");
+    QTest::addColumn<QString>("message");
+    QTest::newRow("unknown fast conversion")
+        << QStringList{"image", "fast", "image_convert_sepia", "tiny.png", "x.png"} << 2
+        << "unknown conversion";
+    QTest::newRow("missing operand") << QStringList{"image", "quantise", "tiny.png"} << 2 << "Usage";
+    QTest::newRow("settings of another dialog")
+        << QStringList{"image", "quantise", "tiny.png", "x.png", "--settings", "other.txt"} << 1
+        << "Invalid settings: These settings belong to \"tint\", not to \"image_quantisize\".";
+    QTest::newRow("dither out of the list")
+        << QStringList{"image", "quantise", "tiny.png", "x.png", "--set", "dither=13"} << 1
+        << "Invalid settings: The value \"13\" of \"dither\"";
+    QTest::newRow("set without value")
+        << QStringList{"image", "convert", "tiny.png", "x.png", "--set", "mode"} << 2 << "KEY=VALUE";
+    QTest::newRow("unreadable picture") << QStringList{"image", "convert", "junk.png", "x.png"} << 1
+                                        << "Could not load: Cannot load junk.png.\nUnknown";
+    QTest::newRow("unwritable output")
+        << QStringList{"image", "fast", "image_convert_grayscale", "tiny.png", "nodir/x.png"} << 1
+        << "Could not save";
+}
+
+void TestCliConversion::failures()
+{
+    QFETCH(QStringList, command);
+    QFETCH(int, code);
+    QFETCH(QString, message);
+    for (QString &word : command)
+        if (word.endsWith(".png") || word.endsWith(".txt"))
+            word = path(word);
+    const CliRun r = runCli(command);
+    QCOMPARE(r.code, code);
+    QVERIFY2(r.err.contains(message), qPrintable(r.err));
+    QVERIFY(!QFile::exists(path("x.png")));
+    QVERIFY(!QFile::exists(path("nodir")));
+    QVERIFY(readAll(path("junk.png")) == "no picture here");
+}
+
+QTEST_MAIN(TestCliConversion)
+#include "tst_cli_conversion.moc"
