@@ -206,5 +206,5 @@ void TestCliConversion::failures()
     QVERIFY(readAll(path("junk.png")) == "no picture here");
 }
 
-QTEST_MAIN(TestCliConversion)
+QTEST_GUILESS_MAIN(TestCliConversion)
 #include "tst_cli_conversion.moc"

@@ -124,7 +124,7 @@ void TestDithering::cacheAgreesWithSearch()
         colours << ((x >> 8) & 0xFFFFFF);
     }
     ColorIndex warm(paletteOf(colours));
-    for (int i = 0; i < 4000; ++i) {
+    for (int i = 0; i < 1500; ++i) {
         x = x * 1103515245u + 12345u;
         const uint c = (x >> 4) & 0xFFFFFF;
         const uint first = warm.lookup(c);

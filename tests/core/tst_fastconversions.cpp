@@ -197,5 +197,5 @@ void TestFastConversions::macroStepNeedsAnImage()
     }
 }
 
-QTEST_MAIN(TestFastConversions)
+QTEST_GUILESS_MAIN(TestFastConversions)
 #include "tst_fastconversions.moc"

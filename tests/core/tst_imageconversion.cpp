@@ -534,5 +534,5 @@ void TestImageConversion::badSettings()
     }
 }
 
-QTEST_MAIN(TestImageConversion)
+QTEST_GUILESS_MAIN(TestImageConversion)
 #include "tst_imageconversion.moc"
