@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <thread>
+#include <vector>
 
 #if defined(__x86_64__) && defined(__GNUC__)
 #include <immintrin.h>
@@ -117,11 +119,12 @@ void continuousPositions(const float *src, uint32_t *index, float *frac, int wid
 // The shared linear mix c_a * (1 - t) + c_b * t in double precision, truncated, reduced to the
 // high byte. A zero fraction yields c_a exactly, which is the table colour, so no branch is
 // needed; the last entry mixes with itself. pairs holds, for each entry i, the channels of i and
-// of i + 1 (red, green, blue, 0 each), so a pixel needs two adjacent loads and no gathers.
+// of i + 1 and their differences (red, green, blue, 0 each), so a pixel needs two adjacent loads
+// and no gathers.
 void mixRowScalar(const uint32_t *index, const float *frac, QRgb *dst, int width, const double *pairs)
 {
     for (int x = 0; x < width; ++x) {
-        const double *e = pairs + size_t(index[x]) * 8;
+        const double *e = pairs + size_t(index[x]) * 12;
         const double w = double(frac[x]);
         const double u = 1.0 - w;
         const uint32_t r = uint32_t(int64_t(e[0] * u + e[4] * w));
@@ -133,24 +136,39 @@ void mixRowScalar(const uint32_t *index, const float *frac, QRgb *dst, int width
 
 #if CHROMAXIS_HAVE_AVX2_PATHS
 // The same operations four lanes at a time (IEEE multiply and add, no fused multiply-add), so the
-// result is bit-identical to the scalar loop. Needs channels below 2^31 for the conversion.
+// result is bit-identical to the scalar loop; four pixels are packed and stored together. Needs
+// channels of at most 16 bits, where the saturating packs cannot clip.
 __attribute__((target("avx2"))) void mixRowAvx2(const uint32_t *index, const float *frac, QRgb *dst, int width,
                                                   const double *pairs)
 {
     const __m256d one = _mm256_set1_pd(1.0);
-    const __m128i shuffle = _mm_setr_epi8(9, 5, 1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1);
-    for (int x = 0; x < width; ++x) {
-        const double *e = pairs + size_t(index[x]) * 8;
-        const __m256d w = _mm256_set1_pd(double(frac[x]));
-        const __m256d u = _mm256_sub_pd(one, w);
-        const __m256d a = _mm256_loadu_pd(e);
-        const __m256d b = _mm256_loadu_pd(e + 4);
-        const __m256d m = _mm256_add_pd(_mm256_mul_pd(a, u), _mm256_mul_pd(b, w));
-        const __m128i c = _mm256_cvttpd_epi32(m); // r, g, b, 0 as int32
-        // The high byte of each channel: byte 1 of each lane, blue lowest.
-        const __m128i bytes = _mm_shuffle_epi8(c, shuffle);
-        dst[x] = 0xFF000000u | uint32_t(_mm_cvtsi128_si32(bytes));
+    const __m128i toBgra = _mm_setr_epi8(2, 1, 0, -1, 6, 5, 4, -1, 10, 9, 8, -1, 14, 13, 12, -1);
+    const __m128i opaque = _mm_set1_epi32(int(0xFF000000u));
+    int x = 0;
+    for (; x + 4 <= width; x += 4) {
+        const __m256d weights = _mm256_cvtps_pd(_mm_loadu_ps(frac + x));
+        const __m256d lanes[4] = {_mm256_permute4x64_pd(weights, 0x00), _mm256_permute4x64_pd(weights, 0x55),
+                                  _mm256_permute4x64_pd(weights, 0xAA), _mm256_permute4x64_pd(weights, 0xFF)};
+        __m128i c[4];
+        for (int k = 0; k < 4; ++k) {
+            const uint32_t i = index[x + k];
+            const double *e = pairs + size_t(i) * 12;
+            const __m256d w = lanes[k];
+            __m256d m;
+            if (i != 0) {
+                // From the second entry on the fraction has at most 23 bits, so c_a + (c_b - c_a) t
+                // is exact in doubles, and so is the mix: both give the same number, this one cheaper.
+                m = _mm256_add_pd(_mm256_loadu_pd(e), _mm256_mul_pd(_mm256_loadu_pd(e + 8), w));
+            } else {
+                const __m256d u = _mm256_sub_pd(one, w);
+                m = _mm256_add_pd(_mm256_mul_pd(_mm256_loadu_pd(e), u), _mm256_mul_pd(_mm256_loadu_pd(e + 4), w));
+            }
+            c[k] = _mm_srli_epi32(_mm256_cvttpd_epi32(m), 8); // r, g, b, 0: their high bytes
+        }
+        const __m128i bytes = _mm_packus_epi16(_mm_packus_epi32(c[0], c[1]), _mm_packus_epi32(c[2], c[3]));
+        _mm_storeu_si128(reinterpret_cast<__m128i *>(dst + x), _mm_or_si128(_mm_shuffle_epi8(bytes, toBgra), opaque));
     }
+    mixRowScalar(index + x, frac + x, dst + x, width - x, pairs);
 }
 #endif
 
@@ -166,6 +184,32 @@ void mixRow(const uint32_t *index, const float *frac, QRgb *dst, int width, cons
     mixRowScalar(index, frac, dst, width, pairs);
 }
 
+// Splits the rows of a large picture among the processor's cores: the live preview renders the
+// whole image on every palette change, and rows are independent. Small pictures stay on the
+// calling thread, where starting workers would cost more than it saves.
+template <typename RowRange>
+void forRowBands(int width, int height, RowRange rows)
+{
+    constexpr qint64 pixelsPerWorker = 256 * 1024;
+    const qint64 pixels = qint64(width) * height;
+    const int hardware = int(std::max(1u, std::thread::hardware_concurrency()));
+    const int workers = int(std::min<qint64>(std::min(hardware, 8), std::max<qint64>(1, pixels / pixelsPerWorker)));
+    if (workers <= 1) {
+        rows(0, height);
+        return;
+    }
+    std::vector<std::thread> threads;
+    const int band = (height + workers - 1) / workers;
+    for (int w = 1; w < workers; ++w) {
+        const int first = w * band, last = std::min(height, first + band);
+        if (first < last)
+            threads.emplace_back([=]() { rows(first, last); });
+    }
+    rows(0, std::min(height, band));
+    for (std::thread &t : threads)
+        t.join();
+}
+
 } // namespace
 
 void renderIndexed32(const uint32_t *cells, int width, int height, const Palette<uint> &palette, QImage &out)
@@ -175,13 +219,15 @@ void renderIndexed32(const uint32_t *cells, int width, int height, const Palette
     const uint32_t n = uint32_t(table.size());
     uchar *bits = out.bits();
     const qsizetype stride = out.bytesPerLine();
-    for (int y = 0; y < height; ++y) {
-        auto *row = reinterpret_cast<QRgb *>(bits + y * stride);
-        if (n == 0)
-            std::fill(row, row + width, emptyPaletteColour);
-        else
-            lookupIndexRow(cells + size_t(y) * size_t(width), row, width, table.constData(), n);
-    }
+    forRowBands(width, height, [&](int first, int last) {
+        for (int y = first; y < last; ++y) {
+            auto *row = reinterpret_cast<QRgb *>(bits + y * stride);
+            if (n == 0)
+                std::fill(row, row + width, emptyPaletteColour);
+            else
+                lookupIndexRow(cells + size_t(y) * size_t(width), row, width, table.constData(), n);
+        }
+    });
 }
 
 void renderContinuous(const float *cells, int width, int height, const Palette<uint> &palette, bool interpolate,
@@ -202,26 +248,29 @@ void renderContinuous(const float *cells, int width, int height, const Palette<u
     std::vector<double> pairs;
     bool wideChannels = false;
     if (interpolate) {
-        pairs.assign(size_t(n) * 8, 0.0);
+        pairs.assign(size_t(n) * 12, 0.0);
         for (int i = 0; i < n; ++i) {
             const RGBAColor<uint> &a = palette[i];
             const RGBAColor<uint> &b = palette[i + 1 < n ? i + 1 : i];
-            double *e = pairs.data() + size_t(i) * 8;
+            double *e = pairs.data() + size_t(i) * 12;
             e[0] = a.r, e[1] = a.g, e[2] = a.b, e[4] = b.r, e[5] = b.g, e[6] = b.b;
-            wideChannels = wideChannels || ((a.r | a.g | a.b) > 0x7FFFFFFFu);
+            e[8] = double(b.r) - a.r, e[9] = double(b.g) - a.g, e[10] = double(b.b) - a.b;
+            wideChannels = wideChannels || ((a.r | a.g | a.b) > 0xFFFFu);
         }
     }
-    std::vector<uint32_t> index(static_cast<size_t>(width));
-    std::vector<float> frac(static_cast<size_t>(width));
-    for (int y = 0; y < height; ++y) {
-        auto *row = reinterpret_cast<QRgb *>(bits + y * stride);
-        continuousPositions(cells + size_t(y) * size_t(width), index.data(), frac.data(), width, float(n),
-                            float(n - 1));
-        if (interpolate)
-            mixRow(index.data(), frac.data(), row, width, pairs.data(), wideChannels);
-        else
-            lookupIndexRow(index.data(), row, width, table.constData(), uint32_t(n));
-    }
+    forRowBands(width, height, [&](int first, int last) {
+        std::vector<uint32_t> index(static_cast<size_t>(width));
+        std::vector<float> frac(static_cast<size_t>(width));
+        for (int y = first; y < last; ++y) {
+            auto *row = reinterpret_cast<QRgb *>(bits + y * stride);
+            continuousPositions(cells + size_t(y) * size_t(width), index.data(), frac.data(), width, float(n),
+                                float(n - 1));
+            if (interpolate)
+                mixRow(index.data(), frac.data(), row, width, pairs.data(), wideChannels);
+            else
+                lookupIndexRow(index.data(), row, width, table.constData(), uint32_t(n));
+        }
+    });
 }
 
 Palette<uint> distinctColours(const QImage &picture)

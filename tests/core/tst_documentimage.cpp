@@ -7,6 +7,7 @@
 #include <QtTest>
 
 #include <cmath>
+#include <random>
 #include <limits>
 
 namespace {
@@ -42,6 +43,8 @@ private slots:
     void continuousBands_data();
     void continuousBands();
     void continuousOneEntry();
+    void renderMatchesTheFormula_data();
+    void renderMatchesTheFormula();
     void emptyPaletteRendersBlack();
     void indexed8RenderTouchesNoPixel();
     void pictureLoadsIntoModes_data();
@@ -113,6 +116,54 @@ void TestDocumentImage::continuousBands()
         const int i = int(value * 4.0f / 65535.0f);
         QCOMPARE(img.picture().pixel(0, 0), mix(p[i], p[i + 1], weight));
     }
+}
+
+void TestDocumentImage::renderMatchesTheFormula_data()
+{
+    QTest::addColumn<int>("entries");
+    QTest::addColumn<int>("width");
+    QTest::addColumn<int>("height");
+    QTest::addColumn<bool>("interpolate");
+    for (int n : {1, 2, 3, 17, 256, 4096})
+        for (bool interpolate : {false, true}) {
+            // Odd widths leave tails behind the four-pixel kernels; the large one is split among threads.
+            QTest::addRow("%d entries, %s, small", n, interpolate ? "blended" : "plain") << n << 37 << 5 << interpolate;
+            QTest::addRow("%d entries, %s, large", n, interpolate ? "blended" : "plain") << n << 1023 << 700 << interpolate;
+        }
+}
+
+// Every pixel against the written definition, computed here the plain way: the fast paths
+// (vector kernels, the exact shortcut of the mix, threads) must not change a single pixel.
+void TestDocumentImage::renderMatchesTheFormula()
+{
+    QFETCH(int, entries);
+    QFETCH(int, width);
+    QFETCH(int, height);
+    QFETCH(bool, interpolate);
+    std::mt19937 rng(uint32_t(entries * 7919 + width));
+    Palette<uint> p;
+    for (int i = 0; i < entries; ++i)
+        p.append({uint(rng() & 0xFFFFu), uint(rng() & 0xFFFFu), uint(rng() & 0xFFFFu), uint(rng() & 0xFFFFu)});
+    std::vector<float> cells(size_t(width) * size_t(height));
+    std::uniform_real_distribution<float> any(0.0f, 65535.0f);
+    std::uniform_real_distribution<float> low(0.0f, 65535.0f / float(entries)); // the first entry's band
+    for (size_t k = 0; k < cells.size(); ++k)
+        cells[k] = k % 5 == 0 ? low(rng) : k % 97 == 0 ? float(int(any(rng))) : any(rng);
+    DocumentImage img = DocumentImage::fromContinuous(width, height, cells, interpolate);
+    img.render(p);
+    const QImage &pic = img.picture();
+    int mismatches = 0;
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x) {
+            const float v = cells[size_t(y) * size_t(width) + size_t(x)];
+            float pos = v * float(entries) / 65535.0f;
+            pos = std::min(std::max(pos, 0.0f), float(entries - 1));
+            const int i = int(pos);
+            const QRgb expected = !interpolate || pos == float(i) ? opaque(p[i]) : mix(p[i], p[i + 1], double(pos - float(i)));
+            if (pic.pixel(x, y) != expected && ++mismatches < 5)
+                qWarning() << "pixel" << x << y << "value" << v;
+        }
+    QCOMPARE(mismatches, 0);
 }
 
 void TestDocumentImage::continuousOneEntry()
