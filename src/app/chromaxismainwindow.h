@@ -107,6 +107,20 @@ public slots:
     void paletteSetDefaultColor();
     // Image
     void imageInterpolateEntries();
+    // Image conversions, the quantiser and batch application
+    void imageModeConvert();
+    void imageModeGrayscale();
+    void imageModeExtendedGrayscale();
+    void imageModeContinuousGrayscale();
+    void imageModeIndexedLastPalette();
+    void imageModeContinuousLastPalette();
+    void imageModeIndexed8bit();
+    void imageModeIndexed32bitInt();
+    void imageModeContinuous();
+    void imageQuantisize();
+    void imageBatchApply();
+    // A fast conversion by its macro step name, as one history step and one macro step.
+    void imageFastConvert(const QString &step);
     // View
     void normalSize();
     void zoomIn();

@@ -10,6 +10,8 @@
 ChromaxisDocument::ChromaxisDocument(QObject *parent) : QObject(parent), m_history(this)
 {
     m_palette.palette = grayscalePalette();
+    // Nothing was shown before the start-up palette; "the last palette" is that palette then.
+    m_lastPalette = m_palette.palette;
 }
 
 ChromaxisDocument::~ChromaxisDocument() = default;

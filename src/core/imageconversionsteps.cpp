@@ -11,8 +11,11 @@
 
 namespace {
 
+// The list the window or the command line handed the player; the shipped one otherwise.
 const PaletteDatabase &builtinPalettes()
 {
+    if (const PaletteDatabase *given = MacroPlayer::paletteDatabase())
+        return *given;
     static const PaletteDatabase db = [] {
         PaletteDatabase d;
         d.loadFromFile(QStringLiteral(":res/texts/db.txt"));
