@@ -7,27 +7,15 @@ using namespace SettingsValues;
 
 const QString ImageConvertSettings::settingsName = QStringLiteral("image_format_convert");
 
-namespace {
-
-int position(const QString &key, const QString &value, int count)
-{
-    const int v = integer(key, value);
-    if (v < 0 || v >= count)
-        invalid(key, value, QStringLiteral("a list position 0..%1").arg(count - 1));
-    return v;
-}
-
-} // namespace
-
 ImageConvertSettings ImageConvertSettings::fromPairs(const SettingsText::Pairs &pairs,
                                                      const ImageConvertSettings &base)
 {
     ImageConvertSettings s = base;
     for (const auto &[key, value] : pairs) {
         if (key == QLatin1String("mode"))
-            s.mode = position(key, value, 2);
+            s.mode = listPosition(key, value, 2);
         else if (key == QLatin1String("palette"))
-            s.palette = position(key, value, 5);
+            s.palette = listPosition(key, value, 5);
         else if (key == QLatin1String("interpolate"))
             s.interpolate = flag(key, value);
         else if (key == QLatin1String("db_palette"))

@@ -8,27 +8,15 @@ using namespace SettingsValues;
 
 const QString ImageQuantisizeSettings::settingsName = QStringLiteral("image_quantisize");
 
-namespace {
-
-int position(const QString &key, const QString &value, int count)
-{
-    const int v = integer(key, value);
-    if (v < 0 || v >= count)
-        invalid(key, value, QStringLiteral("a list position 0..%1").arg(count - 1));
-    return v;
-}
-
-} // namespace
-
 ImageQuantisizeSettings ImageQuantisizeSettings::fromPairs(const SettingsText::Pairs &pairs,
                                                            const ImageQuantisizeSettings &base)
 {
     ImageQuantisizeSettings s = base;
     for (const auto &[key, value] : pairs) {
         if (key == QLatin1String("format"))
-            s.format = position(key, value, 2);
+            s.format = listPosition(key, value, 2);
         else if (key == QLatin1String("palette"))
-            s.palette = position(key, value, 8);
+            s.palette = listPosition(key, value, 8);
         else if (key == QLatin1String("bw_threshold"))
             s.bwThreshold = clampedInteger(key, value, 0, 255);
         else if (key == QLatin1String("db_palette"))
@@ -36,9 +24,9 @@ ImageQuantisizeSettings ImageQuantisizeSettings::fromPairs(const SettingsText::P
         else if (key == QLatin1String("file_palette"))
             s.filePalette = value;
         else if (key == QLatin1String("dither"))
-            s.dither = position(key, value, 13);
+            s.dither = listPosition(key, value, 13);
         else if (key == QLatin1String("method"))
-            s.method = position(key, value, int(Quantization_AlgorithmFixedSize::LastMethod) + 1);
+            s.method = listPosition(key, value, int(Quantization_AlgorithmFixedSize::LastMethod) + 1);
         else if (key == QLatin1String("colors"))
             s.colors = clampedInteger(key, value, 1, maximumPaletteSize);
     }

@@ -104,4 +104,12 @@ QString text(const QColor &value)
     return value.name(QColor::HexRgb);
 }
 
+int listPosition(const QString &key, const QString &value, int count)
+{
+    const int v = integer(key, value);
+    if (v < 0 || v >= count)
+        invalid(key, value, QStringLiteral("a list position 0..%1").arg(count - 1));
+    return v;
+}
+
 } // namespace SettingsValues

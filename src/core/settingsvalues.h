@@ -18,6 +18,8 @@ constexpr int maximumPaletteSize = 65536;
 // A decimal integer, surrounding blanks allowed.
 int integer(const QString &key, const QString &value);
 int clampedInteger(const QString &key, const QString &value, int min, int max);
+// A combo box's position, 0..count - 1; anything else names no entry and is refused.
+int listPosition(const QString &key, const QString &value, int count);
 // A 32-bit unsigned decimal, as palette colours are stored ("4278190080").
 uint unsignedWord(const QString &key, const QString &value);
 // A finite decimal number.

@@ -47,10 +47,10 @@ Entry pasted(char name)
 }
 
 // "0,1,C,2,F": original entries by number, clipboard colours and the fill colour by letter.
-std::vector<Entry> entries(const QString &spec)
+std::vector<Entry> entries(const QString &text)
 {
     std::vector<Entry> out;
-    for (const QString &item : spec.split(',', Qt::SkipEmptyParts)) {
+    for (const QString &item : text.split(',', Qt::SkipEmptyParts)) {
         bool number = false;
         const int i = item.toInt(&number);
         out.push_back(number ? entryAt(i) : pasted(item.at(0).toLatin1()));
@@ -58,10 +58,10 @@ std::vector<Entry> entries(const QString &spec)
     return out;
 }
 
-std::set<int> indexes(const QString &spec)
+std::set<int> indexes(const QString &text)
 {
     std::set<int> out;
-    for (const QString &item : spec.split(',', Qt::SkipEmptyParts))
+    for (const QString &item : text.split(',', Qt::SkipEmptyParts))
         out.insert(item.toInt());
     return out;
 }
