@@ -38,6 +38,18 @@ void showError(QWidget *parent, const DescribedException &e)
     QMessageBox::warning(parent, e.title(), e.message());
 }
 
+// A name typed without an extension takes the one of the chosen filter ("PNG images (*.png)"),
+// as users of other editors expect.
+QString withFilterSuffix(const QString &path, const QString &filter)
+{
+    if (!QFileInfo(path).suffix().isEmpty())
+        return path;
+    const int star = filter.indexOf("*.");
+    if (star < 0)
+        return path;
+    return path + filter.mid(star + 1, filter.indexOf(')', star) - star - 1);
+}
+
 } // namespace
 
 // ---- Showing the document ----------------------------------------------------------------------
@@ -281,12 +293,7 @@ bool ChromaxisMainWindow::saveImageAs()
                                                 DocumentImageIO::saveFilters().join(";;"), &filter);
     if (path.isEmpty())
         return false;
-    if (QFileInfo(path).suffix().isEmpty()) {
-        // Take the extension from the chosen filter, as users of other editors expect.
-        const int star = filter.indexOf("*.");
-        if (star >= 0)
-            path += filter.mid(star + 1, filter.indexOf(')', star) - star - 1);
-    }
+    path = withFilterSuffix(path, filter);
     rememberDirectory("default_image_dir", path);
     s.setValue("default_image_save_type", filter);
     return saveImageFile(path);
@@ -406,11 +413,7 @@ bool ChromaxisMainWindow::savePaletteAs()
                                                 filters.join(";;"), &filter);
     if (path.isEmpty())
         return false;
-    if (QFileInfo(path).suffix().isEmpty()) {
-        const int star = filter.indexOf("*.");
-        if (star >= 0)
-            path += filter.mid(star + 1, filter.indexOf(')', star) - star - 1);
-    }
+    path = withFilterSuffix(path, filter);
     rememberDirectory("default_palette_dir", path);
     s.setValue("default_palette_save_type", filter);
     return savePaletteFile(path);

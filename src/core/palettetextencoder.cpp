@@ -1,5 +1,7 @@
 #include "palettetextencoder.h"
 
+#include <QFile>
+
 #include "colorconversion.h"
 
 #include <QTextCodec>
@@ -151,30 +153,18 @@ SettingsText::Pairs PaletteTextEncoder::toSettings(const Template &tmpl)
 
 const std::vector<PaletteTextEncoder::Preset> &PaletteTextEncoder::presets()
 {
-    // name, header, entry, divider, footer; all ASCII, escapes unexpanded as the dialog stores them
-    static const char *const table[][5] = {
-        {"html table", "<table>\\n",
-         "   <tr width=\"1\"><td style=\"background-color:#%R%G%B\"></td></tr>\\n", "", "</table>"},
-        {"css #1", "", ".pal%i { background-color: rgb(%r, %g, %b); }\\n", "", ""},
-        {"css #2", "", ".pal%i { background-color: #%R%G%B; }\\n", "", ""},
-        {"JavaScript #1", "var palette = [", "[%r, %g, %b]", ", ", "];"},
-        {"JavaScript #2", "var palette = [", "\"#%R%G%B\"", ", ", "];"},
-        {"hex text", "", "#%R%G%B", "\\n", ""},
-        {"hext text compact", "", "%R%G%B", "", ""},
-        {"json #1", "[\\n", "   [%r, %g, %b]", ",\\n", "]\\n"},
-        {"json #2", "[\\n", "   \"#%R%G%B\"", ",\\n", "]\\n"},
-    };
+    // The settings live in the preset resources, like every dialog's; only the names the preset
+    // box shows are kept here. The spelling "hext text compact" is how users know that preset.
+    static const char *const names[] = {"html table",    "css #1",           "css #2",
+                                        "JavaScript #1", "JavaScript #2",    "hex text",
+                                        "hext text compact", "json #1",      "json #2"};
     static const std::vector<Preset> list = [] {
         std::vector<Preset> presets;
-        for (const auto &row : table) {
-            Template t;
-            t.encoding = QStringLiteral("ASCII");
-            t.header = QString::fromLatin1(row[1]);
-            t.entry = QString::fromLatin1(row[2]);
-            t.divider = QString::fromLatin1(row[3]);
-            t.bottom = QString::fromLatin1(row[4]);
-            presets.push_back({QString::fromLatin1(row[0]),
-                               SettingsText::format(settingsName, SettingsText::formatLines(toSettings(t)))});
+        int number = 1;
+        for (const char *name : names) {
+            QFile file(SettingsText::presetPath(settingsName, number++));
+            const QString text = file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+            presets.push_back({QString::fromLatin1(name), text});
         }
         return presets;
     }();
