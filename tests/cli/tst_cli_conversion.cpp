@@ -8,23 +8,6 @@
 
 #include "clirunner.h"
 
-namespace {
-
-void writeText(const QString &path, const QByteArray &text)
-{
-    QFile f(path);
-    QVERIFY(f.open(QIODevice::WriteOnly));
-    f.write(text);
-}
-
-QByteArray readAll(const QString &path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
-
-} // namespace
-
 class TestCliConversion : public QObject
 {
     Q_OBJECT
@@ -56,9 +39,9 @@ void TestCliConversion::initTestCase()
     tiny.setPixel(1, 0, qRgb(255, 255, 255));
     tiny.setPixel(2, 0, qRgb(1, 2, 3));
     QVERIFY(tiny.save(path("tiny.png")));
-    writeText(path("quantise.txt"), "image_quantisize 2.0.0\nformat:0\npalette:3\ndither:1\n");
-    writeText(path("other.txt"), "tint 2.0.0\ncolor:#000000\n");
-    writeText(path("junk.png"), "no picture here");
+    QVERIFY(writeFile(path("quantise.txt"), "image_quantisize 2.0.0\nformat:0\npalette:3\ndither:1\n"));
+    QVERIFY(writeFile(path("other.txt"), "tint 2.0.0\ncolor:#000000\n"));
+    QVERIFY(writeFile(path("junk.png"), "no picture here"));
 }
 
 void TestCliConversion::quantiseToIndexedPng()
@@ -203,7 +186,7 @@ void TestCliConversion::failures()
     QVERIFY2(r.err.contains(message), qPrintable(r.err));
     QVERIFY(!QFile::exists(path("x.png")));
     QVERIFY(!QFile::exists(path("nodir")));
-    QVERIFY(readAll(path("junk.png")) == "no picture here");
+    QVERIFY(readFile(path("junk.png")) == "no picture here");
 }
 
 QTEST_GUILESS_MAIN(TestCliConversion)

@@ -8,18 +8,12 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include "climagefixtures.h"
 #include "clirunner.h"
 
 namespace {
 
 const char duoGpl[] = "GIMP Palette\nName: Duo\n#\n255 0 0\tred\n0 0 255\tblue\n";
-
-void writeText(const QString &path, const QByteArray &text)
-{
-    QFile f(path);
-    QVERIFY(f.open(QIODevice::WriteOnly));
-    f.write(text);
-}
 
 } // namespace
 
@@ -43,18 +37,9 @@ private:
 
 void TestCliImage::initTestCase()
 {
-    QImage indexed(3, 2, QImage::Format_Indexed8);
-    indexed.setColorTable({qRgb(9, 9, 9), qRgb(200, 100, 50), qRgb(1, 2, 3)});
-    const uchar rows[2][3] = {{0, 1, 2}, {2, 1, 0}};
-    for (int y = 0; y < 2; ++y)
-        memcpy(indexed.scanLine(y), rows[y], 3);
-    QVERIFY(indexed.save(path("indexed.png")));
-    QImage rgb(4, 5, QImage::Format_RGB32);
-    rgb.fill(qRgb(10, 20, 30));
-    QVERIFY(rgb.save(path("rgb.png")));
-    NumpyImage::write(DocumentImage::fromContinuous(2, 1, {0.0f, 16384.0f}), path("cont.npy"));
-    writeText(path("duo.gpl"), duoGpl);
-    writeText(path("junk.png"), "this is no picture");
+    QVERIFY(writeImageFixtures(m_dir));
+    QVERIFY(writeFile(path("duo.gpl"), duoGpl));
+    QVERIFY(writeFile(path("junk.png"), "this is no picture"));
 }
 
 void TestCliImage::show_data()
@@ -140,10 +125,7 @@ void TestCliImage::failures()
     QFETCH(QStringList, args);
     QFETCH(int, code);
     QFETCH(QString, err);
-    for (QString &a : args)
-        if (a.startsWith('@'))
-            a = path(a.mid(1));
-    const CliRun r = runCli(args);
+    const CliRun r = runCli(inFolder(args, m_dir));
     QCOMPARE(r.code, code);
     if (!err.isEmpty())
         QCOMPARE(r.err, err);

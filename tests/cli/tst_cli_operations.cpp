@@ -66,13 +66,7 @@ private:
         f.write(bytes);
     }
     Palette<uint> readProject(const QString &name) const { return ProjectFile::read(path(name)).palette; }
-    QStringList inDir(QStringList args) const
-    {
-        for (QString &a : args)
-            if (a.startsWith('@'))
-                a = path(a.mid(1));
-        return args;
-    }
+    QStringList inDir(const QStringList &args) const { return inFolder(args, *m_dir); }
 
     std::unique_ptr<QTemporaryDir> m_dir;
 };

@@ -65,14 +65,7 @@ private:
         QFile f(path(name));
         return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray("<missing>");
     }
-    // Relative names in args become paths in the fixture folder; options and "-" stay as they are.
-    QStringList inDir(QStringList args) const
-    {
-        for (QString &a : args)
-            if (a.startsWith('@'))
-                a = path(a.mid(1));
-        return args;
-    }
+    QStringList inDir(const QStringList &args) const { return inFolder(args, *m_dir); }
 
     std::unique_ptr<QTemporaryDir> m_dir;
 };

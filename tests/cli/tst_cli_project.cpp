@@ -10,24 +10,12 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include "climagefixtures.h"
 #include "clirunner.h"
 
 namespace {
 
 const char duoGpl[] = "GIMP Palette\nName: Duo\n#\n255 0 0\tred\n0 0 255\tblue\n";
-
-void writeBytes(const QString &path, const QByteArray &bytes)
-{
-    QFile f(path);
-    QVERIFY(f.open(QIODevice::WriteOnly));
-    f.write(bytes);
-}
-
-QByteArray readBytes(const QString &path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
 
 QString sha256(const QByteArray &bytes)
 {
@@ -79,18 +67,9 @@ private:
 
 void TestCliProject::initTestCase()
 {
-    QImage indexed(3, 2, QImage::Format_Indexed8);
-    indexed.setColorTable({qRgb(9, 9, 9), qRgb(200, 100, 50), qRgb(1, 2, 3)});
-    const uchar rows[2][3] = {{0, 1, 2}, {2, 1, 0}};
-    for (int y = 0; y < 2; ++y)
-        memcpy(indexed.scanLine(y), rows[y], 3);
-    QVERIFY(indexed.save(path("indexed.png")));
-    QImage rgb(4, 5, QImage::Format_RGB32);
-    rgb.fill(qRgb(10, 20, 30));
-    QVERIFY(rgb.save(path("rgb.png")));
-    NumpyImage::write(DocumentImage::fromContinuous(2, 1, {0.0f, 16384.0f}), path("cont.npy"));
-    writeBytes(path("duo.gpl"), duoGpl);
-    writeBytes(path("bad.cxw"), "this is no project");
+    QVERIFY(writeImageFixtures(m_dir));
+    QVERIFY(writeFile(path("duo.gpl"), duoGpl));
+    QVERIFY(writeFile(path("bad.cxw"), "this is no project"));
 
     ProjectData exact;
     exact.palette = exactPalette();
@@ -149,7 +128,7 @@ void TestCliProject::createAndShow()
     const CliRun create = runCli(QStringList{"project", "create", out} + options);
     QCOMPARE(create.err, QString());
     QCOMPARE(create.code, 0);
-    QVERIFY(readBytes(out).startsWith("\x1f\x8b"));
+    QVERIFY(readFile(out).startsWith("\x1f\x8b"));
 
     const CliRun show = runCli({"project", "show", out});
     QCOMPARE(show.err, QString());
@@ -248,9 +227,9 @@ void TestCliProject::paletteThroughProject()
     }
     QCOMPARE(runCli({"palette", "convert", path("duo.gpl"), path("direct.gpl")}).code, 0);
     QCOMPARE(runCli({"palette", "convert", path("duo.cxw"), path("back.gpl")}).code, 0);
-    QCOMPARE(readBytes(path("back.gpl")), readBytes(path("direct.gpl")));
+    QCOMPARE(readFile(path("back.gpl")), readFile(path("direct.gpl")));
     QCOMPARE(runCli({"palette", "convert", path("duo.project"), path("back2.gpl"), "--from", "cxw"}).code, 0);
-    QCOMPARE(readBytes(path("back2.gpl")), readBytes(path("direct.gpl")));
+    QCOMPARE(readFile(path("back2.gpl")), readFile(path("direct.gpl")));
 
     // The text encoder reads a project's palette as well.
     const CliRun text = runCli({"palette", "text", path("exact.cxw"), "-"});
@@ -356,13 +335,10 @@ void TestCliProject::failures()
     QFETCH(QStringList, args);
     QFETCH(int, code);
     QFETCH(QString, err);
-    writeBytes(path("BAD.CXW"), "NO PROJECT");
-    const QByteArray full = readBytes(path("exact.cxw"));
-    writeBytes(path("cut.cxw"), ProjectFile::gunzip(full, "x").left(60));
-    for (QString &a : args)
-        if (a.startsWith('@'))
-            a = path(a.mid(1));
-    const CliRun r = runCli(args);
+    QVERIFY(writeFile(path("BAD.CXW"), "NO PROJECT"));
+    const QByteArray full = readFile(path("exact.cxw"));
+    QVERIFY(writeFile(path("cut.cxw"), ProjectFile::gunzip(full, "x").left(60)));
+    const CliRun r = runCli(inFolder(args, m_dir));
     QCOMPARE(r.code, code);
     if (!err.isEmpty())
         QCOMPARE(r.err, err);
