@@ -1,7 +1,7 @@
 // Whole-palette conversions into each colour space, against copying the same palette. The
 // interpolation and sort dialogs convert the palette on every control change, so these must stay
 // cheap next to the copy a dialog makes anyway.
-#include "colorspace.h"
+#include "spaces/colorspace.h"
 
 #include <benchmark/benchmark.h>
 

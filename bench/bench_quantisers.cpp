@@ -1,11 +1,11 @@
 // The quantisers and the dithering methods on a full-HD picture with photograph-like variety
 // (smooth gradients with noise), 256 colours. Timings of whole commands against other tools
 // are compare-quantisers.sh's job; this isolates the stages.
-#include "colorindex.h"
-#include "dithering_errordiffusion.h"
-#include "dithering_nearest.h"
-#include "dithering_ordered.h"
-#include "quantization_algorithmfixedsize.h"
+#include "quantization/colorindex.h"
+#include "dithering/dithering_errordiffusion.h"
+#include "dithering/dithering_nearest.h"
+#include "dithering/dithering_ordered.h"
+#include "quantization/quantization_algorithmfixedsize.h"
 
 #include <benchmark/benchmark.h>
 

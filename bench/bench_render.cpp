@@ -1,7 +1,7 @@
 // Rendering a full-HD document image through its palette, against a memcpy of the same number of
 // output bytes measured in the same run. The live preview renders on every palette change, so the
 // target is every render within 4x its memcpy baseline.
-#include "documentimage.h"
+#include "document/documentimage.h"
 
 #include <benchmark/benchmark.h>
 

@@ -1,5 +1,5 @@
-#include "describedexception.h"
-#include "numpyimage.h"
+#include "palette/describedexception.h"
+#include "storage/numpyimage.h"
 
 #include <cstddef>
 #include <cstdint>

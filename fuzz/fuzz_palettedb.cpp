@@ -1,4 +1,4 @@
-#include "palettedatabase.h"
+#include "storage/palettedatabase.h"
 
 #include <cstddef>
 #include <cstdint>

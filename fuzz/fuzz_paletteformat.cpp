@@ -2,9 +2,9 @@
 // reads must also survive its own format's writer and read back with the same colours, so the
 // target checks the writers and the agreement of both sides as well as the reader's safety.
 
-#include "describedexception.h"
-#include "paletteformatio.h"
-#include "paletteformats.h"
+#include "palette/describedexception.h"
+#include "formats/paletteformatio.h"
+#include "formats/paletteformats.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,5 +1,5 @@
-#include "describedexception.h"
-#include "projectfile.h"
+#include "palette/describedexception.h"
+#include "storage/projectfile.h"
 
 #include <cstddef>
 #include <cstdint>

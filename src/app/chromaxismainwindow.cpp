@@ -4,8 +4,8 @@
 #include "cxpropertywidget.h"
 #include "dialogs/rgbimagedialog.h"
 #include "imagelabel.h"
-#include "macroplayer.h"
-#include "palettedatabase.h"
+#include "document/macroplayer.h"
+#include "storage/palettedatabase.h"
 #include "utils/qt/colorwidgets/paletteview.h"
 
 #include <QAction>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "chromaxisdocument.h"
-#include "presetdatabase.h"
+#include "document/chromaxisdocument.h"
+#include "storage/presetdatabase.h"
 
 #include <QHash>
 #include <QMainWindow>

@@ -1,16 +1,16 @@
 // The main window's commands on files, the palette, the image and the view.
 #include "chromaxismainwindow.h"
 
-#include "describedexception.h"
+#include "palette/describedexception.h"
 #include "dialogs/palettedbdialog.h"
 #include "dialogs/rgbimagedialog.h"
-#include "documentimageio.h"
-#include "documentproject.h"
-#include "standardpalettes.h"
+#include "storage/documentimageio.h"
+#include "document/documentproject.h"
+#include "palette/standardpalettes.h"
 #include "imagelabel.h"
-#include "macroplayer.h"
-#include "palettedatabase.h"
-#include "paletteformats.h"
+#include "document/macroplayer.h"
+#include "storage/palettedatabase.h"
+#include "formats/paletteformats.h"
 #include "utils/qt/colorwidgets/paletteview.h"
 
 #include <QAction>

@@ -3,10 +3,10 @@
 // settings, installs the result as one history step and records the macro step.
 #include "chromaxismainwindow.h"
 
-#include "describedexception.h"
-#include "documentimageio.h"
-#include "fastconversions.h"
-#include "imageconverter.h"
+#include "palette/describedexception.h"
+#include "storage/documentimageio.h"
+#include "conversion/fastconversions.h"
+#include "conversion/imageconverter.h"
 #include "img_manip/imageconvertdialog.h"
 #include "img_manip/imageconvertsettingswidget.h"
 #include "img_manip/imagequantisizedialog.h"

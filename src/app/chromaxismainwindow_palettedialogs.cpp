@@ -3,10 +3,10 @@
 // installs and records.
 #include "chromaxismainwindow.h"
 
-#include "describedexception.h"
+#include "palette/describedexception.h"
 #include "dialogs/palettetextencoderdialog.h"
 #include "dialogs/selectionpatterndialog.h"
-#include "macroplayer.h"
+#include "document/macroplayer.h"
 #include "pal_gen/colorinterpolationdialog.h"
 #include "pal_gen/cosinepalettedialog.h"
 #include "pal_manip/blurdialog.h"
@@ -16,7 +16,7 @@
 #include "pal_manip/huesaturationvaluedialog.h"
 #include "pal_manip/shiftorderdialog.h"
 #include "pal_manip/tintdialog.h"
-#include "paletteoperations.h"
+#include "operations/paletteoperations.h"
 #include "utils/qt/colorwidgets/paletteview.h"
 
 #include <QFileDialog>

@@ -1,6 +1,6 @@
 #include "chromaxismainwindow.h"
-#include "palette.h"
-#include "palettedatabase.h"
+#include "palette/palette.h"
+#include "storage/palettedatabase.h"
 
 #include <QApplication>
 #include <QFileInfo>

@@ -1,8 +1,8 @@
 #include "cliargs.h"
 
-#include "describedexception.h"
-#include "paletteformats.h"
-#include "projectfile.h"
+#include "palette/describedexception.h"
+#include "formats/paletteformats.h"
+#include "storage/projectfile.h"
 
 #include <QFileInfo>
 #include <QSaveFile>

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "clicontext.h"
-#include "palette.h"
-#include "settingstext.h"
+#include "palette/palette.h"
+#include "storage/settingstext.h"
 
 #include <QString>
 #include <QStringList>

@@ -1,7 +1,7 @@
 #include "colorcommands.h"
 
-#include "colorconversion.h"
-#include "colorspace.h"
+#include "spaces/colorconversion.h"
+#include "spaces/colorspace.h"
 
 #include <cstdio>
 

@@ -1,16 +1,16 @@
 #include "conversioncommands.h"
 
 #include "cliargs.h"
-#include "describedexception.h"
-#include "documentimageio.h"
-#include "fastconversions.h"
-#include "imageconverter.h"
-#include "imageconvertsettings.h"
-#include "imagequantisizer.h"
-#include "imagequantisizesettings.h"
-#include "palettedatabase.h"
-#include "projectfile.h"
-#include "standardpalettes.h"
+#include "palette/describedexception.h"
+#include "storage/documentimageio.h"
+#include "conversion/fastconversions.h"
+#include "conversion/imageconverter.h"
+#include "conversion/imageconvertsettings.h"
+#include "conversion/imagequantisizer.h"
+#include "conversion/imagequantisizesettings.h"
+#include "storage/palettedatabase.h"
+#include "storage/projectfile.h"
+#include "palette/standardpalettes.h"
 
 #include <QFileInfo>
 

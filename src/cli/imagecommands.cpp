@@ -2,11 +2,11 @@
 
 #include "cliargs.h"
 #include "clijson.h"
-#include "describedexception.h"
-#include "documentimageio.h"
-#include "palettedatabase.h"
-#include "projectfile.h"
-#include "standardpalettes.h"
+#include "palette/describedexception.h"
+#include "storage/documentimageio.h"
+#include "storage/palettedatabase.h"
+#include "storage/projectfile.h"
+#include "palette/standardpalettes.h"
 
 #include <QBuffer>
 #include <QFileInfo>

@@ -1,10 +1,10 @@
 #include "macrocommands.h"
 
-#include "chromaxisdocument.h"
+#include "document/chromaxisdocument.h"
 #include "cliargs.h"
-#include "documentproject.h"
-#include "macroplayer.h"
-#include "palettedatabase.h"
+#include "document/documentproject.h"
+#include "document/macroplayer.h"
+#include "storage/palettedatabase.h"
 
 int macroRun(CliContext &ctx)
 {

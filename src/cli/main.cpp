@@ -4,8 +4,8 @@
 #include "imagecommands.h"
 #include "operationcommands.h"
 #include "macrocommands.h"
-#include "describedexception.h"
-#include "palette.h"
+#include "palette/describedexception.h"
+#include "palette/palette.h"
 #include "palettecommands.h"
 #include "projectcommands.h"
 

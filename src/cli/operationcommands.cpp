@@ -1,12 +1,12 @@
 #include "operationcommands.h"
 
 #include "cliargs.h"
-#include "describedexception.h"
-#include "paletteformats.h"
-#include "paletteoperations.h"
-#include "projectfile.h"
-#include "selectionpattern.h"
-#include "settingsvalues.h"
+#include "palette/describedexception.h"
+#include "formats/paletteformats.h"
+#include "operations/paletteoperations.h"
+#include "storage/projectfile.h"
+#include "operations/selectionpattern.h"
+#include "storage/settingsvalues.h"
 
 namespace {
 

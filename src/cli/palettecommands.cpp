@@ -2,11 +2,11 @@
 
 #include "cliargs.h"
 #include "clijson.h"
-#include "describedexception.h"
-#include "exportoptions.h"
-#include "paletteformats.h"
-#include "palettetextencoder.h"
-#include "projectfile.h"
+#include "palette/describedexception.h"
+#include "formats/exportoptions.h"
+#include "formats/paletteformats.h"
+#include "export/palettetextencoder.h"
+#include "storage/projectfile.h"
 
 #include <QBuffer>
 #include <QJsonArray>

@@ -2,10 +2,10 @@
 
 #include "cliargs.h"
 #include "clijson.h"
-#include "describedexception.h"
-#include "documentimageio.h"
-#include "projectfile.h"
-#include "standardpalettes.h"
+#include "palette/describedexception.h"
+#include "storage/documentimageio.h"
+#include "storage/projectfile.h"
+#include "palette/standardpalettes.h"
 
 #include <QCryptographicHash>
 #include <QJsonArray>

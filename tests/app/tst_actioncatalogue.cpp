@@ -4,8 +4,8 @@
 #include "actioncatalogue.h"
 #include "chromaxismainwindow.h"
 #include "guitesting.h"
-#include "numpyimage.h"
-#include "palettedatabase.h"
+#include "storage/numpyimage.h"
+#include "storage/palettedatabase.h"
 #include "paletteview.h"
 
 #include <QAction>

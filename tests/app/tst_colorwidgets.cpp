@@ -2,7 +2,7 @@
 // and the keyboard as a user would.
 #include "guitesting.h"
 #include "pal_gen/colorinterpolationdialog.h"
-#include "presetdatabase.h"
+#include "storage/presetdatabase.h"
 #include "utils/qt/colorwidgets/colorpushbutton.h"
 #include "utils/qt/colorwidgets/colorticksbar.h"
 #include "utils/qt/colorwidgets/selectcolorbutton.h"

@@ -2,13 +2,13 @@
 // actions, zoom and the messages a user meets on the way.
 #include "chromaxismainwindow.h"
 #include "cxpropertywidget.h"
-#include "describedexception.h"
+#include "palette/describedexception.h"
 #include "dialogs/rgbimagedialog.h"
 #include "guitesting.h"
 #include "imagelabel.h"
-#include "numpyimage.h"
-#include "palettedatabase.h"
-#include "paletteformats.h"
+#include "storage/numpyimage.h"
+#include "storage/palettedatabase.h"
+#include "formats/paletteformats.h"
 #include "paletteview.h"
 
 #include <QAction>

@@ -1,18 +1,18 @@
 // The image conversions in the window: "Quantisize..." and "Convert..." through their dialogs,
 // the fast conversions, the RGB actions after loading, and batch application over a folder.
 #include "chromaxismainwindow.h"
-#include "documentimageio.h"
+#include "storage/documentimageio.h"
 #include "guitesting.h"
-#include "imagequantisizer.h"
-#include "imagequantisizesettings.h"
+#include "conversion/imagequantisizer.h"
+#include "conversion/imagequantisizesettings.h"
 #include "img_manip/batchdestinationwidget.h"
 #include "img_manip/imageconvertdialog.h"
 #include "img_manip/imageconvertsettingswidget.h"
 #include "img_manip/imagequantisizedialog.h"
-#include "macroplayer.h"
-#include "palettedatabase.h"
-#include "settingsstore.h"
-#include "standardpalettes.h"
+#include "document/macroplayer.h"
+#include "storage/palettedatabase.h"
+#include "storage/settingsstore.h"
+#include "palette/standardpalettes.h"
 
 #include <QAction>
 #include <QCheckBox>

@@ -1,7 +1,7 @@
 #include "chromaxismainwindow.h"
 #include "cxpropertywidget.h"
 #include "guitesting.h"
-#include "palettedatabase.h"
+#include "storage/palettedatabase.h"
 
 #include <QAbstractButton>
 #include <QAction>

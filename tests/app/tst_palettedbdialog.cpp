@@ -1,5 +1,5 @@
 #include "dialogs/palettedbdialog.h"
-#include "palettedatabase.h"
+#include "storage/palettedatabase.h"
 
 #include <QComboBox>
 #include <QDialogButtonBox>

@@ -4,8 +4,8 @@
 #include "dialogs/palettetextencoderdialog.h"
 #include "dialogs/selectionpatterndialog.h"
 #include "guitesting.h"
-#include "macroplayer.h"
-#include "palettedatabase.h"
+#include "document/macroplayer.h"
+#include "storage/palettedatabase.h"
 #include "paletteview.h"
 #include "utils/qt/widgets/dialogsettingsio.h"
 

@@ -1,10 +1,10 @@
 // Undo and redo through the window's commands, and a macro recorded in the window that the
 // command line replays to the same document.
 #include "chromaxismainwindow.h"
-#include "documentproject.h"
+#include "document/documentproject.h"
 #include "guitesting.h"
 #include "imagelabel.h"
-#include "palettedatabase.h"
+#include "storage/palettedatabase.h"
 #include "paletteview.h"
 
 #include <QAction>

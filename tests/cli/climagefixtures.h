@@ -1,6 +1,6 @@
 #pragma once
 
-#include "numpyimage.h"
+#include "storage/numpyimage.h"
 
 #include <QImage>
 #include <QTemporaryDir>

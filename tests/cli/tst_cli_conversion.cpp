@@ -1,5 +1,5 @@
-#include "numpyimage.h"
-#include "projectfile.h"
+#include "storage/numpyimage.h"
+#include "storage/projectfile.h"
 
 #include <QFile>
 #include <QImage>

@@ -1,4 +1,4 @@
-#include "numpyimage.h"
+#include "storage/numpyimage.h"
 
 #include <QFile>
 #include <QImage>

@@ -1,7 +1,7 @@
-#include "cosinepalette.h"
-#include "paletteformats.h"
-#include "paletteoperations.h"
-#include "projectfile.h"
+#include "operations/cosinepalette.h"
+#include "formats/paletteformats.h"
+#include "operations/paletteoperations.h"
+#include "storage/projectfile.h"
 
 #include <QFile>
 #include <QTemporaryDir>

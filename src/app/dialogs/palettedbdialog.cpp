@@ -1,6 +1,6 @@
 #include "palettedbdialog.h"
 
-#include "palettedatabase.h"
+#include "storage/palettedatabase.h"
 
 #include <QComboBox>
 #include <QDialogButtonBox>

@@ -5,7 +5,7 @@
 #include <QString>
 #include <QStringList>
 
-#include "palette.h"
+#include "palette/palette.h"
 
 class PaletteDatabase;
 class QComboBox;

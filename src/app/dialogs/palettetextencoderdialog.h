@@ -1,7 +1,7 @@
 #pragma once
 
-#include "palette.h"
-#include "palettetextencoder.h"
+#include "palette/palette.h"
+#include "export/palettetextencoder.h"
 #include "utils/qt/widgets/dialogsettingsio.h"
 
 #include <QDialog>

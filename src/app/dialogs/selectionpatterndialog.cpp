@@ -1,6 +1,6 @@
 #include "selectionpatterndialog.h"
 
-#include "describedexception.h"
+#include "palette/describedexception.h"
 
 #include <QCheckBox>
 #include <QDialogButtonBox>

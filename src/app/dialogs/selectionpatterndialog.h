@@ -1,6 +1,6 @@
 #pragma once
 
-#include "selectionpattern.h"
+#include "operations/selectionpattern.h"
 #include "utils/qt/widgets/dialogsettingsio.h"
 
 #include <QDialog>

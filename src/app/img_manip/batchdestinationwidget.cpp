@@ -1,6 +1,6 @@
 #include "batchdestinationwidget.h"
 
-#include "imageconvertsettings.h"
+#include "conversion/imageconvertsettings.h"
 
 #include <QComboBox>
 #include <QFileDialog>

@@ -1,7 +1,7 @@
 #include "imageconversiondialog.h"
 
-#include "describedexception.h"
-#include "imageconversionengine.h"
+#include "palette/describedexception.h"
+#include "conversion/imageconversionengine.h"
 
 #include <QDialogButtonBox>
 #include <QMessageBox>

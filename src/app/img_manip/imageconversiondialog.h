@@ -1,7 +1,7 @@
 #pragma once
 
-#include "documentimage.h"
-#include "palette.h"
+#include "document/documentimage.h"
+#include "palette/palette.h"
 #include "utils/qt/widgets/dialogsettingsio.h"
 
 #include <QDialog>

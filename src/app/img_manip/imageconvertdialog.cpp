@@ -1,6 +1,6 @@
 #include "imageconvertdialog.h"
 
-#include "imageconverter.h"
+#include "conversion/imageconverter.h"
 #include "imageconvertsettingswidget.h"
 
 #include <QDir>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "imageconversiondialog.h"
-#include "imageconvertsettings.h"
+#include "conversion/imageconvertsettings.h"
 
 class ImageConvertSettingsWidget;
 class PaletteDatabase;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "imageconvertsettings.h"
+#include "conversion/imageconvertsettings.h"
 
 #include <QWidget>
 

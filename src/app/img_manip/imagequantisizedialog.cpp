@@ -1,8 +1,8 @@
 #include "imagequantisizedialog.h"
 
-#include "imagequantisizer.h"
+#include "conversion/imagequantisizer.h"
 #include "imagequantisizesettingswidget.h"
-#include "settingsvalues.h"
+#include "storage/settingsvalues.h"
 
 #include <QSettings>
 

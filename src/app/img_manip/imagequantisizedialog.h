@@ -1,7 +1,7 @@
 #pragma once
 
 #include "imageconversiondialog.h"
-#include "imagequantisizesettings.h"
+#include "conversion/imagequantisizesettings.h"
 
 class ImageQuantisizeSettingsWidget;
 class PaletteDatabase;

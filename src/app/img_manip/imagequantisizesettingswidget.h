@@ -1,6 +1,6 @@
 #pragma once
 
-#include "imagequantisizesettings.h"
+#include "conversion/imagequantisizesettings.h"
 
 #include <QWidget>
 

@@ -1,7 +1,7 @@
 #include "palettesourceedit.h"
 
 #include "dialogs/palettedbdialog.h"
-#include "palettedatabase.h"
+#include "storage/palettedatabase.h"
 
 #include <QFileDialog>
 #include <QFileInfo>

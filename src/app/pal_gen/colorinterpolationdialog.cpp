@@ -1,6 +1,6 @@
 #include "colorinterpolationdialog.h"
 
-#include "colorspace.h"
+#include "spaces/colorspace.h"
 #include "utils/qt/colorwidgets/colorticksbar.h"
 #include "utils/qt/colorwidgets/selectcolorbutton.h"
 

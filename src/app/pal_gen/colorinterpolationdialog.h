@@ -1,6 +1,6 @@
 #pragma once
 
-#include "colorinterpolation.h"
+#include "operations/colorinterpolation.h"
 #include "pal_manip/palettedialog.h"
 
 class ColorTicksBar;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "cosinepalette.h"
+#include "operations/cosinepalette.h"
 #include "pal_manip/palettedialog.h"
 
 #include <array>

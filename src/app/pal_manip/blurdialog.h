@@ -1,6 +1,6 @@
 #pragma once
 
-#include "paletteblur.h"
+#include "operations/paletteblur.h"
 #include "palettedialog.h"
 
 #include <array>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "palettedialog.h"
-#include "tonemanipulation.h"
+#include "operations/tonemanipulation.h"
 
 class QCheckBox;
 class QCombinedSliderSpin;

@@ -1,6 +1,6 @@
 #include "componentmanipulationdialog.h"
 
-#include "colorspace.h"
+#include "spaces/colorspace.h"
 #include "utils/qt/widgets/qcombinedsliderspin.h"
 
 #include <QCheckBox>

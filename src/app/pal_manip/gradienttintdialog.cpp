@@ -1,6 +1,6 @@
 #include "gradienttintdialog.h"
 
-#include "settingsvalues.h"
+#include "storage/settingsvalues.h"
 #include "utils/qt/colorwidgets/selectcolorbutton.h"
 #include "utils/qt/widgets/qcombinedsliderspin.h"
 

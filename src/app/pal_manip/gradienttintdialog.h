@@ -1,7 +1,7 @@
 #pragma once
 
 #include "palettedialog.h"
-#include "palettetint.h"
+#include "operations/palettetint.h"
 
 class QCheckBox;
 class QComboBox;

@@ -1,8 +1,8 @@
 #include "palettedialog.h"
 
-#include "colorspace.h"
-#include "describedexception.h"
-#include "paletteoperations.h"
+#include "spaces/colorspace.h"
+#include "palette/describedexception.h"
+#include "operations/paletteoperations.h"
 #include "utils/qt/widgets/qcombinedsliderspin.h"
 
 #include <QCheckBox>

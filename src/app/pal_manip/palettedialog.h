@@ -1,7 +1,7 @@
 #pragma once
 
-#include "palette.h"
-#include "settingstext.h"
+#include "palette/palette.h"
+#include "storage/settingstext.h"
 #include "utils/qt/widgets/dialogsettingsio.h"
 
 #include <QDialog>

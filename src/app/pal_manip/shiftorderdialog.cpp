@@ -1,6 +1,6 @@
 #include "shiftorderdialog.h"
 
-#include "settingsvalues.h"
+#include "storage/settingsvalues.h"
 #include "utils/qt/widgets/qcombinedsliderspin.h"
 
 #include <QFormLayout>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "colortick.h"
+#include "operations/colortick.h"
 
 #include <QColor>
 #include <QImage>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "palette.h"
+#include "palette/palette.h"
 
 #include <QColor>
 #include <QWidget>

@@ -1,8 +1,8 @@
 #include "paletteview.h"
 
-#include "paletteedits.h"
+#include "operations/paletteedits.h"
 
-#include "palettetextencoder.h"
+#include "export/palettetextencoder.h"
 
 #include <QClipboard>
 #include <QColorDialog>

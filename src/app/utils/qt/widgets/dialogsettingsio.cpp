@@ -1,6 +1,6 @@
 #include "dialogsettingsio.h"
 
-#include "describedexception.h"
+#include "palette/describedexception.h"
 
 #include <QComboBox>
 #include <QFile>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "settingsstore.h"
-#include "settingstext.h"
+#include "storage/settingsstore.h"
+#include "storage/settingstext.h"
 
 #include <QWidget>
 

@@ -1,0 +1,355 @@
+#include "formats/paletteformats.h"
+
+#include "palette/describedexception.h"
+#include "formats/paletteformatio.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
+#include <QTextCodec>
+
+#include <cstdio>
+
+namespace PaletteFormatIO {
+
+namespace {
+const QString importTitle = QStringLiteral("Error on palette import");
+const QString exportTitle = QStringLiteral("Error on palette export");
+} // namespace
+
+QString readerTitle(int format)
+{
+    switch (format) {
+    case FormatGimp:
+        return QStringLiteral("Error on parsing GIMP palette");
+    case FormatPhotoshop:
+        return QStringLiteral("Error on parsing Photoshop palette");
+    case FormatFractint:
+        return QStringLiteral("Error on parsing Fractint palette");
+    case FormatMicrosoft:
+        return QStringLiteral("Error on parsing Microsoft palette");
+    case FormatGif:
+        return QStringLiteral("Error on parsing GIF image");
+    case FormatHexLines:
+    case FormatHexOneLine:
+        return QStringLiteral("Error on parsing HexText palette");
+    case FormatJasc:
+        return QStringLiteral("Error on parsing JASC palette");
+    case FormatAse:
+        return QStringLiteral("Error on parsing ASE palette");
+    case FormatAct:
+        return QStringLiteral("Error on parsing ACT palette");
+    default:
+        return importTitle;
+    }
+}
+
+void readPaletteBytes(int format, const QByteArray &data, const QString &path, Palette<uint> &palette)
+{
+    switch (format) {
+    case FormatGimp:
+        return readGimp(data, path, palette);
+    case FormatPhotoshop:
+        return readPhotoshop(data, path, palette);
+    case FormatFractint:
+        return readFractint(data, path, palette);
+    case FormatMicrosoft:
+        if (data.startsWith("JASC-PAL"))
+            return readJasc(data, path, palette);
+        return readMicrosoft(data, path, palette);
+    case FormatGif:
+        return readGif(data, path, palette);
+    case FormatHexLines:
+        return readHexLines(data, path, palette);
+    case FormatHexOneLine:
+        return readHexOneLine(data, path, palette);
+    case FormatJasc:
+        return readJasc(data, path, palette);
+    case FormatAse:
+        return readAse(data, path, palette);
+    case FormatAct:
+        return readAct(data, path, palette);
+    case FormatHtml:
+    case FormatCss:
+    case FormatJavaScript:
+        throw DescribedException(importTitle, QStringLiteral("Reading this format is not supported."));
+    case FormatUnknown:
+        throw DescribedException(importTitle,
+                                 QStringLiteral("The format to import from is not known or supported."));
+    default:
+        throw DescribedException(
+            importTitle, QStringLiteral("The format to import from is either not known or not supported."));
+    }
+}
+
+QByteArray paletteBytes(int format, const Palette<uint> &palette, const QString &path,
+                        const ExportOptions &options)
+{
+    switch (format) {
+    case FormatGimp:
+        return writeGimp(palette);
+    case FormatPhotoshop:
+        return writePhotoshop(palette);
+    case FormatFractint:
+        return writeFractint(palette);
+    case FormatMicrosoft:
+        return writeMicrosoft(palette);
+    case FormatGif:
+        return writeGif(palette, options);
+    case FormatHtml:
+        return writeHtml(palette, path);
+    case FormatCss:
+        return writeCss(palette, options);
+    case FormatJavaScript:
+        return writeJavaScript(palette, options);
+    case FormatHexLines:
+        return writeHexLines(palette);
+    case FormatHexOneLine:
+        return writeHexOneLine(palette);
+    case FormatJasc:
+        return writeJasc(palette);
+    case FormatAse:
+        return writeAse(palette);
+    case FormatAct:
+        return writeAct(palette);
+    default:
+        failExport(QStringLiteral("The format to export into is not known or supported."));
+    }
+}
+
+QString decodeText(const QByteArray &data)
+{
+    QTextCodec *codec = QTextCodec::codecForUtfText(data, QTextCodec::codecForMib(106));
+    return codec->toUnicode(data);
+}
+
+QStringList textLines(const QString &text)
+{
+    QStringList lines = text.split(QLatin1Char('\n'));
+    if (text.endsWith(QLatin1Char('\n')))
+        lines.removeLast();
+    for (QString &line : lines)
+        if (line.endsWith(QLatin1Char('\r')))
+            line.chop(1);
+    if (text.isEmpty())
+        lines.clear();
+    return lines;
+}
+
+bool isWhite(QChar c)
+{
+    switch (c.unicode()) {
+    case ' ':
+    case '\t':
+    case '\r':
+    case '\n':
+    case '\v':
+    case '\f':
+        return true;
+    default:
+        return false;
+    }
+}
+
+QStringList splitAtWhite(const QString &line)
+{
+    QStringList tokens;
+    int start = -1;
+    for (int i = 0; i <= line.size(); ++i) {
+        const bool white = i == line.size() || isWhite(line.at(i));
+        if (white && start >= 0) {
+            tokens << line.mid(start, i - start);
+            start = -1;
+        } else if (!white && start < 0) {
+            start = i;
+        }
+    }
+    return tokens;
+}
+
+QString trimLineBreaksAndBlanks(const QString &text)
+{
+    auto trimmable = [](QChar c) {
+        return c == QLatin1Char(' ') || c == QLatin1Char('\t') || c == QLatin1Char('\r') ||
+               c == QLatin1Char('\n');
+    };
+    int begin = 0;
+    int end = text.size();
+    while (begin < end && trimmable(text.at(begin)))
+        ++begin;
+    while (end > begin && trimmable(text.at(end - 1)))
+        --end;
+    return text.mid(begin, end - begin);
+}
+
+bool parseDecimal(const QString &token, long long &value)
+{
+    int i = 0;
+    bool negative = false;
+    if (i < token.size() && (token.at(i) == QLatin1Char('+') || token.at(i) == QLatin1Char('-'))) {
+        negative = token.at(i) == QLatin1Char('-');
+        ++i;
+    }
+    if (i == token.size())
+        return false;
+    long long v = 0;
+    for (; i < token.size(); ++i) {
+        const ushort c = token.at(i).unicode();
+        if (c < '0' || c > '9')
+            return false;
+        if (v < 1000000000LL)
+            v = v * 10 + (c - '0');
+    }
+    value = negative ? -v : v;
+    return true;
+}
+
+void clampComponents(long long &r, long long &g, long long &b)
+{
+    bool outside = false;
+    for (long long *c : {&r, &g, &b}) {
+        if (*c < 0 || *c > 255) {
+            outside = true;
+            *c = *c < 0 ? 0 : 255;
+        }
+    }
+    if (outside) {
+        std::fputs("Warning: a component is outside the range of 0-255.\n", stderr);
+        std::fflush(stderr);
+    }
+}
+
+QString hexByte(uint byte)
+{
+    return QStringLiteral("%1").arg(byte & 0xFF, 2, 16, QLatin1Char('0'));
+}
+
+QString hexColor(const RGBAColor<uint> &c)
+{
+    return hexByte(byteOf(c.r)) + hexByte(byteOf(c.g)) + hexByte(byteOf(c.b));
+}
+
+void appendU16BE(QByteArray &out, uint value)
+{
+    out.append(char((value >> 8) & 0xFF));
+    out.append(char(value & 0xFF));
+}
+
+void appendU16LE(QByteArray &out, uint value)
+{
+    out.append(char(value & 0xFF));
+    out.append(char((value >> 8) & 0xFF));
+}
+
+void appendU32BE(QByteArray &out, uint32_t value)
+{
+    appendU16BE(out, value >> 16);
+    appendU16BE(out, value & 0xFFFF);
+}
+
+void appendU32LE(QByteArray &out, uint32_t value)
+{
+    appendU16LE(out, value & 0xFFFF);
+    appendU16LE(out, value >> 16);
+}
+
+void failExport(const QString &message)
+{
+    throw DescribedException(exportTitle, message);
+}
+
+} // namespace PaletteFormatIO
+
+using namespace PaletteFormatIO;
+
+int formatFromWord(const QString &word)
+{
+    static const struct
+    {
+        const char *word;
+        int format;
+    } words[] = {
+        {"gimp", FormatGimp},       {"gpl", FormatGimp},
+        {"adobe", FormatPhotoshop}, {"photoshop", FormatPhotoshop},
+        {"aco", FormatPhotoshop},   {"fractint", FormatFractint},
+        {"map", FormatFractint},    {"microsoft", FormatMicrosoft},
+        {"pal", FormatMicrosoft},   {"gif", FormatGif},
+        {"html", FormatHtml},       {"css", FormatCss},
+        {"js", FormatJavaScript},   {"hextxt", FormatHexLines},
+        {"hex", FormatHexOneLine},  {"jasc", FormatJasc},
+        {"ase", FormatAse},         {"act", FormatAct},
+    };
+    const QString lower = word.toLower();
+    for (const auto &w : words)
+        if (lower == QLatin1String(w.word))
+            return w.format;
+    return FormatUnknown;
+}
+
+void importPalette(const QString &path, Palette<uint> &palette, int format)
+{
+    // An unusable format number is reported before the file is touched.
+    if (format < FormatGimp || format > FormatLast || format == FormatHtml || format == FormatCss ||
+        format == FormatJavaScript) {
+        readPaletteBytes(format, QByteArray(), path, palette);
+        return;
+    }
+    // The RIFF reader has always reported an unopenable file under the Photoshop title.
+    const QString openTitle = readerTitle(format == FormatMicrosoft ? FormatPhotoshop : format);
+    QFile file(path);
+    if (QFileInfo(path).isDir() || !file.open(QIODevice::ReadOnly))
+        throw DescribedException(openTitle,
+                                 QStringLiteral("Could not open file\n'") + path + QStringLiteral("'."));
+    const QByteArray data = file.read(maxFileSize + 1);
+    if (data.size() > maxFileSize)
+        throw DescribedException(readerTitle(format), QStringLiteral("The file\n'") + path +
+                                                          QStringLiteral("'\nis too large for a palette."));
+    readPaletteBytes(format, data, path, palette);
+}
+
+void exportPalette(const QString &path, const Palette<uint> &palette, int format,
+                   const ExportOptions &options)
+{
+    // Everything that can fail before the destination is opened does so here, so a refused export
+    // never touches an existing file.
+    const QByteArray bytes = paletteBytes(format, palette, path, options);
+    const QString notBuilt =
+        QStringLiteral("The destination file\n'") + path + QStringLiteral("'\ncould not be built.");
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly))
+        failExport(notBuilt);
+    if (file.write(bytes) != bytes.size()) {
+        file.cancelWriting();
+        failExport(notBuilt);
+    }
+    if (!file.commit())
+        failExport(notBuilt);
+}
+
+void recordPaletteFileName(Palette<uint> &palette, const QString &path)
+{
+    QString name = path;
+    name.replace(QLatin1Char('\\'), QLatin1Char('/'));
+    name = name.mid(name.lastIndexOf(QLatin1Char('/')) + 1);
+    const int dot = name.lastIndexOf(QLatin1Char('.'));
+    const QString base = dot >= 0 ? name.left(dot) : name;
+    palette.setProperty(PaletteFileExt, name);
+    palette.setProperty(PaletteFile, base);
+    palette.setProperty(PaletteName, base);
+}
+
+QStringList paletteOpenFilters()
+{
+    // The long-standing list comes first and unchanged; the formats added later follow it.
+    return {
+        QStringLiteral("All palette files (*.gimp *.gpl *.aco *.map *.fractint *.pal)"),
+        QStringLiteral("GIMP palettes (*.gimp *.gpl)"),
+        QStringLiteral("Adobe palettes (*.aco)"),
+        QStringLiteral("Fractint palettes (*.map *.fractint)"),
+        QStringLiteral("Microsoft palettes (*.pal)"),
+        QStringLiteral("All files (* *.*)"),
+        QStringLiteral("JASC palettes (*.pal)"),
+        QStringLiteral("Adobe swatch exchange (*.ase)"),
+        QStringLiteral("Adobe color tables (*.act)"),
+    };
+}

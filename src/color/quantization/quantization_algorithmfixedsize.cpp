@@ -1,0 +1,99 @@
+#include "quantization/quantization_algorithmfixedsize.h"
+
+#include "quantization/qa_distincthsb.h"
+#include "quantization/qa_mediancut.h"
+#include "quantization/qa_nquant.h"
+#include "quantization/qa_octree.h"
+#include "quantization/qa_popularity.h"
+#include "quantization/qa_uniform.h"
+#include "quantization/qa_wu.h"
+
+namespace {
+
+// Progress is reported every so many rows, so that a callback costs nothing measurable.
+constexpr int rowsPerReport = 64;
+
+std::unique_ptr<QuantizationAlgorithm> makeAlgorithm(uint method, uint colorCount, size_t pixels)
+{
+    switch (method) {
+    case Quantization_AlgorithmFixedSize::Popularity:
+        return std::make_unique<QA_Popularity>();
+    case Quantization_AlgorithmFixedSize::Wu:
+        return std::make_unique<QA_Wu>(pixels);
+    case Quantization_AlgorithmFixedSize::DistinctHSB:
+        return std::make_unique<QA_DistinctHSB>();
+    case Quantization_AlgorithmFixedSize::Octree:
+        return std::make_unique<QA_Octree<char>>();
+    case Quantization_AlgorithmFixedSize::NeuQuant:
+        return std::make_unique<QA_NQuant>(colorCount);
+    case Quantization_AlgorithmFixedSize::Uniform:
+        return std::make_unique<QA_Uniform>();
+    default:
+        return std::make_unique<QA_Octree<char>>(); // the exact histogram of the median cut
+    }
+}
+
+} // namespace
+
+bool Quantization_AlgorithmFixedSize::feed(const QImage &image, QuantizationAlgorithm &algorithm,
+                                           const Progress &progress)
+{
+    const int w = image.width(), h = image.height();
+    if (image.format() == QImage::Format_Indexed8) {
+        const QVector<QRgb> table = image.colorTable();
+        uint lut[256];
+        for (int i = 0; i < 256; ++i)
+            lut[i] = i < table.size() ? (table[i] & 0xFFFFFFu) : 0u;
+        for (int y = h - 1; y >= 0; --y) {
+            const uchar *row = image.constScanLine(y);
+            for (int x = w - 1; x >= 0; --x)
+                algorithm.addColor(lut[row[x]]);
+            if (progress && y % rowsPerReport == 0 && !progress(100 * (h - y) / h))
+                return false;
+        }
+        return true;
+    }
+    const bool direct = image.format() == QImage::Format_ARGB32 || image.format() == QImage::Format_RGB32;
+    const QImage rgb = direct ? image : image.convertToFormat(QImage::Format_ARGB32);
+    for (int y = h - 1; y >= 0; --y) {
+        const auto *row = reinterpret_cast<const QRgb *>(rgb.constScanLine(y));
+        for (int x = w - 1; x >= 0; --x)
+            algorithm.addColor(row[x] & 0xFFFFFFu);
+        if (progress && y % rowsPerReport == 0 && !progress(100 * (h - y) / h))
+            return false;
+    }
+    return true;
+}
+
+Palette<uint> Quantization_AlgorithmFixedSize::quantize(const QImage &image, const Progress &progress)
+{
+    Palette<uint> result;
+    const size_t pixels = size_t(image.width()) * size_t(image.height());
+    std::unique_ptr<QuantizationAlgorithm> algorithm =
+        makeAlgorithm(m_method > LastMethod ? uint(MedianCut) : m_method, m_colorCount, pixels);
+    if (!feed(image, *algorithm, progress))
+        return result;
+    if (m_method == MedianCut || m_method > LastMethod) {
+        // The median cut works on one entry per distinct colour, in the histogram's depth-first
+        // order; the histogram is gone before the cut starts.
+        std::vector<QA_MedianCut::Entry> entries;
+        {
+            auto &histogram = static_cast<QA_Octree<char> &>(*algorithm);
+            entries.reserve(histogram.leafCount());
+            histogram.forEachLeaf([&](uint32_t id) {
+                const auto &n = histogram.node(id);
+                const uint32_t rgb =
+                    ((n.sum[0] / n.pixels) << 16) | ((n.sum[1] / n.pixels) << 8) | (n.sum[2] / n.pixels);
+                entries.push_back({rgb, n.pixels});
+            });
+            algorithm.reset();
+        }
+        QA_MedianCut cut(std::move(entries));
+        cut.setColorCount(m_colorCount);
+        cut.getPalette(result);
+        return result;
+    }
+    algorithm->setColorCount(m_colorCount);
+    algorithm->getPalette(result);
+    return result;
+}

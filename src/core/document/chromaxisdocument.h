@@ -1,0 +1,135 @@
+#pragma once
+
+#include "document/chromaxismacrosystem.h"
+#include "document/chromaxisundosystem.h"
+#include "document/documentimage.h"
+#include "document/documentstate.h"
+#include "palette/palette.h"
+
+#include <QObject>
+#include <QString>
+
+#include <set>
+
+// What the main window edits: the palette (always present), at most one image shown through it,
+// the palette shown before the current one, the file names, the unsaved-changes flags, the
+// palette view's settings, the undo history and the macro recorder. It lives in the core so
+// that the command line, the macro player and the tests work on the very same document as the
+// window, which only shows it.
+//
+// Every change through a setter is recorded as one history step unless fromHistory is set
+// (the history itself restoring a state). The signals tell the views what to show again.
+class ChromaxisDocument : public QObject
+{
+    Q_OBJECT
+public:
+    explicit ChromaxisDocument(QObject *parent = nullptr);
+    ~ChromaxisDocument() override;
+
+    // ---- Palette
+    const Palette<uint> &palette() const { return m_palette.palette; }
+    PaletteState paletteState() const { return m_palette; }
+    void setPaletteState(const PaletteState &state, bool fromHistory = false);
+    // A new palette from a command: marked modified, the current one becomes the last palette.
+    void setPalette(const Palette<uint> &palette, bool fromHistory = false);
+    // A live preview: shown at once, recorded nowhere.
+    void previewPalette(const Palette<uint> &palette);
+    const Palette<uint> &lastPalette() const { return m_lastPalette; }
+    void setLastPalette(const Palette<uint> &p) { m_lastPalette = p; }
+    bool isPaletteModified() const { return m_palette.paletteModified; }
+    void setPaletteModified(bool m) { m_palette.paletteModified = m; }
+    const QString &paletteFileName() const { return m_palette.fileName; }
+    void setPaletteFileName(const QString &f) { m_palette.fileName = f; }
+    int builtinIndex() const { return m_palette.builtinIndex; }
+    void setBuiltinIndex(int i) { m_palette.builtinIndex = i; }
+
+    // ---- Image
+    const DocumentImage &image() const { return m_image.image; }
+    ImageState imageState() const { return m_image; }
+    void setImageState(const ImageState &state, bool fromHistory = false);
+    // A new image from a command: marked modified, the file name kept.
+    void setImage(const DocumentImage &image, bool fromHistory = false);
+    void closeImage(bool fromHistory = false);
+    bool hasImage() const { return !m_image.image.isNull(); }
+    int imageMode() const { return m_image.image.mode(); }
+    int imageWidth() const { return m_image.image.width(); }
+    int imageHeight() const { return m_image.image.height(); }
+    bool isImageModified() const { return m_image.imageModified; }
+    void setImageModified(bool m) { m_image.imageModified = m; }
+    const QString &imageFileName() const { return m_image.fileName; }
+    void setImageFileName(const QString &f) { m_image.fileName = f; }
+    // The text the property panel shows for a mode.
+    static QString modeText(int mode, bool interpolate);
+
+    // ---- Palette view settings
+    const PaletteViewSettings &paletteViewSettings() const { return m_settings; }
+    void setPaletteViewSettings(const PaletteViewSettings &s, bool fromHistory = false);
+
+    // ---- Selection and project
+    const std::set<int> &selection() const { return m_selection; }
+    void setSelection(const std::set<int> &s);
+    const QString &projectFileName() const { return m_projectFileName; }
+    void setProjectFileName(const QString &f) { m_projectFileName = f; }
+
+    // ---- History and macros
+    ChromaxisUndoSystem &history() { return m_history; }
+    bool undo();
+    bool redo();
+    void clearHistory()
+    {
+        m_pendingMacroStep = nullptr;
+        m_history.clearHistory();
+        emit historyChanged();
+    }
+    // One command that changes both palette and image is one step.
+    void beginGroup();
+    void endGroup();
+    ChromaxisMacroSystem &macros() { return m_macros; }
+    bool isRecording() const { return m_recording; }
+    void setRecording(bool on) { m_recording = on; }
+    // Records a step when recording is on; parameters are key:value lines. A command that makes
+    // a history step records its macro step right after it, so the two stay paired.
+    void recordMacroStep(const QString &name, const QString &parameters = QString());
+
+signals:
+    void paletteChanged();
+    void imageChanged();
+    void paletteViewSettingsChanged();
+    void selectionChanged();
+    void historyChanged();
+
+private:
+    void addHistoryStep(ChromaxisUndoAction *action);
+
+    PaletteState m_palette;
+    Palette<uint> m_lastPalette;
+    ImageState m_image;
+    PaletteViewSettings m_settings;
+    std::set<int> m_selection;
+    QString m_projectFileName;
+    ChromaxisUndoSystem m_history;
+    ChromaxisMacroSystem m_macros;
+    bool m_recording = false;
+    int m_groupMacroBefore = -1;
+    // The latest step whose command may still record its macro step.
+    ChromaxisUndoAction *m_pendingMacroStep = nullptr;
+};
+
+// Walking the built-in palette list of count entries.
+namespace BuiltinList {
+int next(int index, int count);
+int prior(int index, int count);
+// r is a value of the C library's rand() (0..32767); the product is taken in single precision.
+int random(int r, int count);
+} // namespace BuiltinList
+
+// Zoom steps of the image view. Out is not the inverse of in; zooming in and out again does not
+// return to the old scale, and users' muscle memory relies on these steps.
+namespace Zoom {
+constexpr double inFactor = 1.25;
+constexpr double outFactor = 0.75;
+} // namespace Zoom
+
+// Selection files: one decimal index a line, ascending.
+std::set<int> readSelectionFile(const QString &path);
+void writeSelectionFile(const QString &path, const std::set<int> &selection);

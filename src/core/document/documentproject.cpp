@@ -1,0 +1,76 @@
+#include "document/documentproject.h"
+
+#include "document/chromaxisdocument.h"
+#include "storage/documentimageio.h"
+#include "formats/paletteformats.h"
+
+#include <QFileInfo>
+
+namespace DocumentProject {
+
+ProjectData capture(const ChromaxisDocument &document)
+{
+    ProjectData data;
+    data.palette = document.palette();
+    data.paletteFileName = document.paletteFileName();
+    data.paletteModified = document.isPaletteModified();
+    data.fixedPaletteSize = document.paletteViewSettings().fixedSize;
+    data.fillColor = document.paletteViewSettings().fillColor;
+    data.builtinIndex = quint32(qMax(0, document.builtinIndex()));
+    data.image = document.image();
+    data.imageFileName = document.imageFileName();
+    data.imageModified = document.isImageModified();
+    // Clicks past the last entry select index numbers that name no entry; a project keeps only
+    // the entries that exist.
+    for (int i : document.selection())
+        if (i >= 0 && i < document.palette().size())
+            data.selection.insert(i);
+    return data;
+}
+
+void install(ChromaxisDocument &document, const ProjectData &data)
+{
+    ImageState image{data.image, data.imageFileName, data.imageModified};
+    document.setImageState(image, true);
+    PaletteState palette;
+    palette.palette = data.palette;
+    palette.fileName = data.paletteFileName;
+    palette.paletteModified = data.paletteModified;
+    palette.imageModified = data.imageModified;
+    palette.builtinIndex = int(data.builtinIndex);
+    document.setPaletteState(palette, true);
+    PaletteViewSettings settings = document.paletteViewSettings();
+    settings.fixedSize = data.fixedPaletteSize;
+    // Only the high bytes are stored; the colour comes back opaque.
+    settings.fillColor = {data.fillColor.r & 0xFF00u, data.fillColor.g & 0xFF00u, data.fillColor.b & 0xFF00u, 65535};
+    document.setPaletteViewSettings(settings, true);
+    document.setSelection(data.selection);
+    document.clearHistory();
+}
+
+void open(ChromaxisDocument &document, const QString &path)
+{
+    const QString suffix = QFileInfo(path).suffix().toLower();
+    if (suffix == QLatin1String("cxw")) {
+        ProjectData data = ProjectFile::read(path);
+        install(document, data);
+        document.setProjectFileName(path);
+        return;
+    }
+    const int format = formatFromWord(suffix);
+    if (format != FormatUnknown && format != FormatGif && format != FormatHtml && format != FormatCss &&
+        format != FormatJavaScript) {
+        Palette<uint> palette;
+        importPalette(path, palette, format);
+        recordPaletteFileName(palette, path);
+        PaletteState state = document.paletteState();
+        state.palette = palette;
+        state.fileName = path;
+        state.paletteModified = false;
+        document.setPaletteState(state);
+        return;
+    }
+    document.setImageState({DocumentImageIO::load(path), path, false});
+}
+
+} // namespace DocumentProject

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "document/chromaxismacrosystem.h"
+#include "spaces/rgbacolor.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <functional>
+#include <map>
+#include <set>
+#include <vector>
+
+class ChromaxisDocument;
+class PaletteDatabase;
+
+// Replays recorded steps on a document, headless: the same document operations the window's
+// commands perform. Steps that only move the view (zoom) play as nothing; steps whose command
+// is not known here are skipped and reported, never silently dropped.
+class MacroPlayer
+{
+public:
+    // Parameters of a step as key -> value (the first ":" splits; later keys win).
+    using Parameters = std::map<QString, QString>;
+    using Handler = std::function<void(MacroPlayer &, ChromaxisDocument &, const Parameters &)>;
+
+    struct Report
+    {
+        int played = 0;
+        QStringList skipped; // step names, in order
+    };
+
+    MacroPlayer();
+
+    // The built-in palette list the "from DB" steps look names up in (not owned; may be null).
+    static void setPaletteDatabase(const PaletteDatabase *database);
+    static const PaletteDatabase *paletteDatabase();
+
+    // Adds or replaces the handler of a step name; features register their steps here.
+    static void registerStep(const QString &name, Handler handler);
+    static bool knows(const QString &name);
+
+    // Plays the steps in order. A failing step throws its DescribedException; what was played
+    // before it stays applied.
+    Report play(ChromaxisDocument &document, const std::vector<MacroFile::Step> &steps);
+
+    static Parameters parseParameters(const QString &text);
+    // "3,5-7" and back, for the selection a step acted on.
+    static QString selectionText(const std::set<int> &selection);
+    static std::set<int> selectionFromText(const QString &text);
+
+    // The colours "copy" put aside, for a later "paste" or "replace" of the same macro: a replay
+    // must not depend on what the system clipboard holds at the time.
+    std::vector<RGBAColor<uint>> clipboard;
+    bool clipboardSingle = false;
+
+private:
+    static std::map<QString, Handler> &registry();
+};

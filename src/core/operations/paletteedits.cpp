@@ -1,0 +1,94 @@
+#include "operations/paletteedits.h"
+
+namespace PaletteEdits {
+
+void removeSelected(Palette<uint> &palette, const std::set<int> &selection, bool fixedSize,
+                    const RGBAColor<uint> &fill)
+{
+    const int oldLength = palette.size();
+    Colours kept;
+    kept.reserve(size_t(oldLength));
+    for (int i = 0; i < oldLength; ++i)
+        if (selection.count(i) == 0)
+            kept.push_back(palette[i]);
+    if (fixedSize)
+        kept.resize(size_t(oldLength), fill);
+    palette.entries() = std::move(kept);
+}
+
+void fillSelected(Palette<uint> &palette, const std::set<int> &selection, const RGBAColor<uint> &fill)
+{
+    for (int i : selection)
+        if (i >= 0 && i < palette.size())
+            palette[i] = fill;
+}
+
+void paste(Palette<uint> &palette, const std::set<int> &selection, const Colours &colours, bool single, int limitIn,
+           bool fixedSize, const RGBAColor<uint> &fill)
+{
+    if (colours.empty())
+        return;
+    const int oldLength = palette.size();
+    const size_t limit = size_t(qMax(0, limitIn));
+    const Colours &old = palette.entries();
+    Colours out;
+    if (selection.empty()) {
+        out = old;
+        if (single) {
+            if (out.size() < limit)
+                out.push_back(colours.front());
+        } else {
+            // A pasted palette without a selection is appended whole; a fixed size trims it below.
+            out.insert(out.end(), colours.begin(), colours.end());
+        }
+    } else {
+        for (int i = 0; i < oldLength && out.size() < limit; ++i) {
+            const bool selected = selection.count(i) > 0;
+            if (single) {
+                out.push_back(old[size_t(i)]);
+                if (selected && out.size() < limit)
+                    out.push_back(colours.front());
+            } else if (selected) {
+                for (size_t k = 0; k < colours.size() && out.size() < limit; ++k)
+                    out.push_back(colours[k]);
+            } else {
+                out.push_back(old[size_t(i)]);
+            }
+        }
+    }
+    palette.entries() = std::move(out);
+    if (fixedSize)
+        palette.resize(oldLength, fill);
+}
+
+int replaceSelected(Palette<uint> &palette, const std::set<int> &selection, const Colours &colours)
+{
+    if (colours.empty())
+        return 0;
+    size_t k = 0;
+    for (int i : selection) {
+        if (i < 0 || i >= palette.size())
+            continue;
+        palette[i] = colours[k % colours.size()];
+        ++k;
+    }
+    return int(k);
+}
+
+int setSelected(Palette<uint> &palette, const std::set<int> &selection, const RGBAColor<uint> &colour)
+{
+    int changed = 0;
+    for (int i : selection)
+        if (i >= 0 && i < palette.size()) {
+            palette[i] = colour;
+            ++changed;
+        }
+    return changed;
+}
+
+RGBAColor<uint> throughClipboard(const RGBAColor<uint> &c)
+{
+    return {c.r & 0xFF00u, c.g & 0xFF00u, c.b & 0xFF00u, 0xFF00u};
+}
+
+} // namespace PaletteEdits

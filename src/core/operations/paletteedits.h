@@ -1,0 +1,35 @@
+#pragma once
+
+#include "palette/palette.h"
+
+#include <set>
+#include <vector>
+
+// The palette view's editing commands as pure functions, so that the view, the macro player
+// and the command line share one algorithm each. Indexes at or past the palette's length are
+// ignored; a fixed size keeps the length, padding with the fill colour.
+namespace PaletteEdits {
+
+using Colours = std::vector<RGBAColor<uint>>;
+
+// Cut and delete: the unselected entries move down over the removed ones.
+void removeSelected(Palette<uint> &palette, const std::set<int> &selection, bool fixedSize,
+                    const RGBAColor<uint> &fill);
+// Cut to background: every selected entry becomes the fill colour.
+void fillSelected(Palette<uint> &palette, const std::set<int> &selection, const RGBAColor<uint> &fill);
+// Paste. A single colour goes in after each selected entry (appended when nothing is selected
+// and there is room); a list takes each selected entry's place (appended whole when nothing is
+// selected). The new list stops at limit; a fixed size then restores the old length.
+void paste(Palette<uint> &palette, const std::set<int> &selection, const Colours &colours, bool single, int limit,
+           bool fixedSize, const RGBAColor<uint> &fill);
+// Replace: the selected entries in index order take the colours in order, starting over when
+// the colours run out. Returns how many entries changed.
+int replaceSelected(Palette<uint> &palette, const std::set<int> &selection, const Colours &colours);
+// Edit: every selected entry becomes colour. Returns how many entries changed.
+int setSelected(Palette<uint> &palette, const std::set<int> &selection, const RGBAColor<uint> &colour);
+
+// A colour as it comes back from the clipboard: the clipboard holds 8-bit opaque colours
+// ("#ffrrggbb"), which widen back as byte << 8, so the alpha returns as 65280.
+RGBAColor<uint> throughClipboard(const RGBAColor<uint> &colour);
+
+} // namespace PaletteEdits

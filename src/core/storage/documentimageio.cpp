@@ -1,0 +1,82 @@
+#include "storage/documentimageio.h"
+
+#include "palette/describedexception.h"
+#include "storage/numpyimage.h"
+
+#include <QFileInfo>
+#include <QImageReader>
+#include <QImageWriter>
+#include <QSaveFile>
+
+namespace DocumentImageIO {
+
+namespace {
+
+QString wildcards(const QList<QByteArray> &formats)
+{
+    QStringList patterns;
+    for (const QByteArray &f : formats)
+        patterns << QStringLiteral("*.") + QString::fromLatin1(f).toLower();
+    patterns.removeDuplicates();
+    return patterns.join(' ');
+}
+
+} // namespace
+
+DocumentImage load(const QString &path)
+{
+    const QString name = QFileInfo(path).fileName();
+    if (NumpyImage::isNumpyFileName(path))
+        return NumpyImage::read(path);
+
+    QImageReader reader(path);
+    // A wrong extension should not stop a readable file.
+    reader.setDecideFormatFromContent(true);
+    const QImage picture = reader.read();
+    if (picture.isNull()) {
+        const bool unknownFormat = reader.error() == QImageReader::UnsupportedFormatError;
+        throw DescribedException(QStringLiteral("Could not load"),
+                                 unknownFormat ? QStringLiteral("Cannot load %1.\nUnknown image format.").arg(name)
+                                               : QStringLiteral("Cannot load %1.\nUnknown error.").arg(name));
+    }
+    return DocumentImage::fromPicture(picture);
+}
+
+void save(const QString &path, const DocumentImage &image)
+{
+    const QString name = QFileInfo(path).fileName();
+    const QString suffix = QFileInfo(path).suffix().toLower();
+    if (image.isNull())
+        throw DescribedException(QStringLiteral("Could not save"), QStringLiteral("Unable to save %1.").arg(name));
+    if (NumpyImage::isNumpyFileName(path)) {
+        NumpyImage::write(image, path);
+        return;
+    }
+    if (image.mode() == DocumentImage::RGB && suffix == QLatin1String("gif"))
+        throw DescribedException(QStringLiteral("Could not save"),
+                                 QStringLiteral("Unable to save RGB image as .gif."));
+
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly))
+        throw DescribedException(QStringLiteral("Could not save"), QStringLiteral("Unable to save %1.").arg(name));
+    QImageWriter writer(&file, suffix.toLatin1());
+    if (!writer.write(image.picture()) || !file.commit())
+        throw DescribedException(QStringLiteral("Could not save"), QStringLiteral("Unable to save %1.").arg(name));
+}
+
+QStringList openFilters()
+{
+    return {QStringLiteral("Images (%1 *.npy *.npz)").arg(wildcards(QImageReader::supportedImageFormats())),
+            QStringLiteral("NumPy arrays (*.npy *.npz)"), QStringLiteral("All files (* *.*)")};
+}
+
+QStringList saveFilters()
+{
+    QStringList filters;
+    for (const QByteArray &f : QImageWriter::supportedImageFormats())
+        filters << QStringLiteral("%1 images (*.%2)").arg(QString::fromLatin1(f).toUpper(), QString::fromLatin1(f));
+    filters << QStringLiteral("NumPy arrays (*.npy)") << QStringLiteral("Zipped NumPy arrays (*.npz)");
+    return filters;
+}
+
+} // namespace DocumentImageIO

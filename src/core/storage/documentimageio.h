@@ -1,0 +1,24 @@
+#pragma once
+
+#include "document/documentimage.h"
+
+#include <QString>
+#include <QStringList>
+
+// Opening and saving document images: the toolkit's image formats plus NumPy arrays.
+namespace DocumentImageIO {
+
+// Reads path into a document image (not yet rendered). Throws DescribedException titled
+// "Could not load" with "Cannot load NAME.\nUnknown image format." when no reader knows the file,
+// "Cannot load NAME.\nUnknown error." for other failures; NumPy files give their own messages.
+DocumentImage load(const QString &path);
+
+// Writes image to path through QSaveFile: NumPy files keep the cells; other formats get the
+// picture (indexed where the image is mode 2). Throws DescribedException titled "Could not save".
+void save(const QString &path, const DocumentImage &image);
+
+// The open and save dialogs' filters: every readable / writable format, then NumPy, then all files.
+QStringList openFilters();
+QStringList saveFilters();
+
+} // namespace DocumentImageIO

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "document/documentimage.h"
+#include "palette/palette.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <set>
+
+// The whole working state of the main window as a project file holds it.
+struct ProjectData
+{
+    Palette<uint> palette; // with its "name", "file" and "comment" properties
+    QString paletteFileName;
+    bool paletteModified = false;
+    bool fixedPaletteSize = false;
+    RGBAColor<uint> fillColor{0, 0, 0, 65535}; // only the high byte of red, green and blue is kept
+    quint32 builtinIndex = 0;
+    DocumentImage image; // a null image is "no image"; it is not rendered
+    QString imageFileName;
+    bool imageModified = false;
+    std::set<int> selection;
+    // The version text a file was read with; writing always stores the current version.
+    QString version;
+};
+
+// Reading and writing Chromaxis project files (*.cxw): a gzip stream around a fixed sequence of
+// strings, big-endian integers and raw pixel cells. Every failure is a DescribedException; reading
+// builds a fresh ProjectData, so nothing of a bad file reaches the document.
+class ProjectFile
+{
+public:
+    // The version text written into every project.
+    static QString currentVersion();
+    // Bound on the uncompressed project and on the file itself: a hostile gzip stream stops there,
+    // and the bytes stay within what one QByteArray holds.
+    static constexpr qint64 maxUncompressedSize = qint64(0x7F000000);
+
+    // The uncompressed bytes of a project. Throws "Could not save" for a selection outside the
+    // palette or a project larger than maxUncompressedSize.
+    static QByteArray encode(const ProjectData &data);
+    // Parses uncompressed bytes; fileName goes into the messages. Data that ends early reads as
+    // empty strings and zeros and so fails at the next section tag.
+    static ProjectData decode(const QByteArray &uncompressed, const QString &fileName);
+
+    // The pixel bytes of an image exactly as a project stores them (empty for no image).
+    static QByteArray pixelBytes(const DocumentImage &image);
+
+    // A gzip stream of bytes, as the file holds it.
+    static QByteArray gzip(const QByteArray &bytes);
+    // The uncompressed contents of a file: concatenated gzip members are joined, data after the
+    // last member is ignored, and data that is not gzip-compressed comes back unchanged. A damaged
+    // stream yields what could be inflated before the damage. Throws when the result would
+    // exceed limit bytes.
+    static QByteArray gunzip(const QByteArray &bytes, const QString &fileName,
+                             qint64 limit = maxUncompressedSize);
+
+    // Encodes, compresses and saves through QSaveFile; an existing file is replaced only on success.
+    static void write(const QString &path, const ProjectData &data);
+    // Reads and decodes path. A file that cannot be opened reads as empty and so fails at the magic.
+    static ProjectData read(const QString &path);
+};

@@ -1,0 +1,400 @@
+#include "document/chromaxisdocument.h"
+#include "palette/describedexception.h"
+#include "document/macroplayer.h"
+#include "operations/paletteedits.h"
+#include "operations/palettegenerators.h"
+
+#include <QTemporaryDir>
+#include <QtTest>
+
+namespace {
+
+Palette<uint> paletteOf(std::initializer_list<uint> values)
+{
+    Palette<uint> p;
+    for (uint v : values)
+        p.append({v, v, v, 65535});
+    return p;
+}
+
+// A step that only counts what was asked of it.
+class CountingAction : public ChromaxisUndoAction
+{
+public:
+    CountingAction(QStringList &log, QString name, bool succeed = true)
+        : ChromaxisUndoAction(nullptr), m_log(log), m_name(std::move(name)), m_succeed(succeed)
+    {
+    }
+    ~CountingAction() override { m_log << "delete " + m_name; }
+    bool undo() override
+    {
+        m_log << "undo " + m_name;
+        return m_succeed;
+    }
+    bool redo() override
+    {
+        m_log << "redo " + m_name;
+        return m_succeed;
+    }
+
+private:
+    QStringList &m_log;
+    QString m_name;
+    bool m_succeed;
+};
+
+} // namespace
+
+class TestHistory : public QObject
+{
+    Q_OBJECT
+private slots:
+    void limitLeavesNineteen();
+    void undoRedoAtEnds();
+    void newStepDropsRedo();
+    void emptyGroupIsAStep();
+    void groupUndoesInReverse();
+    void failingUndoKeepsPosition();
+    void documentPaletteUndoRedo();
+    void documentImageAndGroupedChange();
+    void documentSettingsUndo();
+    void macroMirrorsHistory_data();
+    void macroMirrorsHistory();
+    void macroRecordingOff();
+    void macroFileRoundTrip();
+    void macroFileErrors_data();
+    void macroFileErrors();
+    void playerReplaysSteps();
+    void playerReportsUnknownSteps();
+    void selectionText_data();
+    void selectionText();
+};
+
+void TestHistory::limitLeavesNineteen()
+{
+    QStringList log;
+    ChromaxisUndoSystem h(nullptr);
+    for (int i = 0; i < 25; ++i)
+        h.addUndoAction(new CountingAction(log, QString::number(i)));
+    QCOMPARE(h.count(), 19);
+    QCOMPARE(h.position(), 19);
+    int undone = 0;
+    while (h.canUndo() && h.undo())
+        ++undone;
+    QCOMPARE(undone, 19);
+    QCOMPARE(log.last(), QString("undo 6")); // the oldest kept step
+    QVERIFY(log.contains("delete 5"));
+    QVERIFY(!log.contains("delete 6"));
+}
+
+void TestHistory::undoRedoAtEnds()
+{
+    QStringList log;
+    ChromaxisUndoSystem h(nullptr);
+    QVERIFY(!h.undo());
+    QVERIFY(!h.redo());
+    QVERIFY(!h.canUndo());
+    h.addUndoAction(new CountingAction(log, "a"));
+    QVERIFY(h.canUndo());
+    QVERIFY(!h.canRedo());
+    QVERIFY(!h.redo());
+    QVERIFY(h.undo());
+    QVERIFY(!h.undo());
+    QVERIFY(h.canRedo());
+    QVERIFY(h.redo());
+    QCOMPARE(log, QStringList({"undo a", "redo a"}));
+}
+
+void TestHistory::newStepDropsRedo()
+{
+    QStringList log;
+    ChromaxisUndoSystem h(nullptr);
+    h.addUndoAction(new CountingAction(log, "a"));
+    h.addUndoAction(new CountingAction(log, "b"));
+    h.addUndoAction(new CountingAction(log, "c"));
+    h.undo();
+    h.undo();
+    h.addUndoAction(new CountingAction(log, "d"));
+    QCOMPARE(h.count(), 2);
+    QVERIFY(!h.canRedo());
+    // The redo part is deleted from the end backwards.
+    QCOMPARE(log.filter("delete"), QStringList({"delete c", "delete b"}));
+}
+
+void TestHistory::emptyGroupIsAStep()
+{
+    ChromaxisUndoSystem h(nullptr);
+    h.beginGroup();
+    QVERIFY(h.isGroupOpen());
+    h.endGroup();
+    QCOMPARE(h.count(), 1);
+    QVERIFY(h.undo());
+    QCOMPARE(h.position(), 0);
+    QVERIFY(h.redo());
+    QCOMPARE(h.position(), 1);
+}
+
+void TestHistory::groupUndoesInReverse()
+{
+    QStringList log;
+    {
+        ChromaxisUndoSystem h(nullptr);
+        h.beginGroup();
+        h.addUndoAction(new CountingAction(log, "1"));
+        h.addUndoAction(new CountingAction(log, "2"));
+        QCOMPARE(h.count(), 0);
+        h.endGroup();
+        QCOMPARE(h.count(), 1);
+        h.undo();
+        h.redo();
+    }
+    QCOMPARE(log, QStringList({"undo 2", "undo 1", "redo 1", "redo 2", "delete 2", "delete 1"}));
+}
+
+void TestHistory::failingUndoKeepsPosition()
+{
+    QStringList log;
+    ChromaxisUndoSystem h(nullptr);
+    h.beginGroup();
+    h.addUndoAction(new CountingAction(log, "ok"));
+    h.addUndoAction(new CountingAction(log, "fails", false));
+    h.endGroup();
+    QVERIFY(h.undo()); // reports that it ran, the position stays
+    QCOMPARE(h.position(), 1);
+    QCOMPARE(log.filter("undo"), QStringList({"undo fails", "undo ok"})); // every member was asked
+}
+
+void TestHistory::documentPaletteUndoRedo()
+{
+    ChromaxisDocument doc;
+    const Palette<uint> gray = doc.palette();
+    doc.setPalette(paletteOf({1, 2, 3}));
+    QVERIFY(doc.isPaletteModified());
+    PaletteState loaded = doc.paletteState();
+    loaded.palette = paletteOf({9});
+    loaded.fileName = "nine.gpl";
+    loaded.paletteModified = false;
+    loaded.builtinIndex = 7;
+    doc.setPaletteState(loaded);
+    QCOMPARE(doc.history().count(), 2);
+
+    QSignalSpy changed(&doc, &ChromaxisDocument::paletteChanged);
+    QVERIFY(doc.undo());
+    QCOMPARE(doc.palette(), paletteOf({1, 2, 3}));
+    QCOMPARE(doc.paletteFileName(), QString());
+    QCOMPARE(doc.builtinIndex(), 0);
+    QVERIFY(doc.isPaletteModified());
+    QVERIFY(doc.undo());
+    QCOMPARE(doc.palette(), gray);
+    QVERIFY(!doc.isPaletteModified());
+    QVERIFY(!doc.undo());
+    QCOMPARE(changed.count(), 2);
+    // Restoring records nothing new.
+    QCOMPARE(doc.history().count(), 2);
+    QVERIFY(doc.redo());
+    QVERIFY(doc.redo());
+    QCOMPARE(doc.palette(), paletteOf({9}));
+    QCOMPARE(doc.paletteFileName(), QString("nine.gpl"));
+    QCOMPARE(doc.builtinIndex(), 7);
+    QVERIFY(!doc.isPaletteModified());
+}
+
+void TestHistory::documentImageAndGroupedChange()
+{
+    ChromaxisDocument doc;
+    doc.setImageState({DocumentImage::fromIndexes32(2, 1, {0, 1}), "cells.npy", false});
+    QCOMPARE(doc.image().picture().pixel(1, 0), qRgb(1, 1, 1));
+    // One command reorders the palette and re-indexes the image: one step.
+    doc.beginGroup();
+    doc.setPalette(PaletteGenerators::invertOrder(doc.palette()));
+    doc.setImage(DocumentImage::fromIndexes32(2, 1, {255, 254}));
+    doc.endGroup();
+    QCOMPARE(doc.history().count(), 2);
+    QCOMPARE(doc.image().picture().pixel(1, 0), qRgb(1, 1, 1));
+    QVERIFY(doc.isImageModified());
+    QVERIFY(doc.undo());
+    QCOMPARE(doc.image().indexCells(), std::vector<uint32_t>({0, 1}));
+    QCOMPARE(doc.palette()[1].r, 256u);
+    QCOMPARE(doc.image().picture().pixel(1, 0), qRgb(1, 1, 1));
+    QVERIFY(!doc.isImageModified());
+    QCOMPARE(doc.imageFileName(), QString("cells.npy"));
+    QVERIFY(doc.undo());
+    QVERIFY(!doc.hasImage());
+    QVERIFY(doc.redo());
+    QVERIFY(doc.redo());
+    QCOMPARE(doc.image().indexCells(), std::vector<uint32_t>({255, 254}));
+    QCOMPARE(doc.palette()[0].r, 65280u);
+}
+
+void TestHistory::documentSettingsUndo()
+{
+    ChromaxisDocument doc;
+    PaletteViewSettings s = doc.paletteViewSettings();
+    s.fixedSize = true;
+    s.fillColor = {1, 2, 3, 4};
+    doc.setPaletteViewSettings(s);
+    doc.setPaletteViewSettings(s); // no change, no step
+    QCOMPARE(doc.history().count(), 1);
+    QVERIFY(doc.undo());
+    QVERIFY(!doc.paletteViewSettings().fixedSize);
+    QCOMPARE(doc.paletteViewSettings().fillColor, RGBAColor<uint>(0, 0, 0, 65535));
+    QVERIFY(doc.redo());
+    QCOMPARE(doc.paletteViewSettings(), s);
+}
+
+void TestHistory::macroMirrorsHistory_data()
+{
+    QTest::addColumn<QStringList>("recorded");
+    QTest::addColumn<QStringList>("effective");
+    QTest::newRow("undo drops a step") << QStringList{"a", "b", "undo", "c"} << QStringList{"a", "c"};
+    QTest::newRow("redo brings it back") << QStringList{"a", "b", "undo", "redo"} << QStringList{"a", "b"};
+    QTest::newRow("redo after a new step does nothing") << QStringList{"a", "undo", "c", "redo"} << QStringList{"c"};
+    QTest::newRow("undo past the start") << QStringList{"undo", "undo", "a"} << QStringList{"a"};
+}
+
+void TestHistory::macroMirrorsHistory()
+{
+    QFETCH(QStringList, recorded);
+    QFETCH(QStringList, effective);
+    ChromaxisMacroSystem m;
+    for (const QString &name : recorded)
+        m.addMacroAction(new ChromaxisMacroAction(name));
+    QStringList names;
+    for (const ChromaxisMacroAction *a : m.effectiveSteps())
+        names << a->name();
+    QCOMPARE(names, effective);
+}
+
+void TestHistory::macroRecordingOff()
+{
+    ChromaxisDocument doc;
+    doc.recordMacroStep("palette_invert_order");
+    QCOMPARE(doc.macros().count(), 0);
+    doc.setRecording(true);
+    doc.setPalette(paletteOf({1}));
+    doc.recordMacroStep("palette_invert_order");
+    doc.recordMacroStep("copy"); // no history step of its own
+    doc.setPalette(paletteOf({2}));
+    doc.recordMacroStep("paste");
+    QCOMPARE(doc.macros().position(), 3);
+    // An undo while recording takes exactly the undone command out of the macro.
+    doc.undo();
+    QCOMPARE(doc.macros().position(), 2);
+    doc.undo();
+    QCOMPARE(doc.macros().position(), 0);
+    doc.redo();
+    QCOMPARE(doc.macros().position(), 1);
+    doc.redo();
+    QCOMPARE(doc.macros().position(), 3);
+    // A grouped command counts once.
+    doc.beginGroup();
+    doc.setPalette(paletteOf({3}));
+    doc.setImage(DocumentImage::fromIndexes32(1, 1, {0}));
+    doc.endGroup();
+    doc.recordMacroStep("image_convert_grayscale");
+    doc.undo();
+    QCOMPARE(doc.macros().position(), 3);
+    doc.clearHistory();
+    doc.recordMacroStep("zoom_in"); // nothing pending after a cleared history
+    QCOMPARE(doc.macros().position(), 4);
+}
+
+void TestHistory::macroFileRoundTrip()
+{
+    const std::vector<MacroFile::Step> steps = {
+        {"load_image", "filename:/tmp/a b.png\n"},
+        {"palette_invert_order", ""},
+        {"tint", "tint 2.0.0\ncolor:4278190080\n%odd:value\n\nlast:x\n"},
+    };
+    QTemporaryDir dir;
+    MacroFile::write(dir.filePath("m.cxm"), steps);
+    const auto back = MacroFile::read(dir.filePath("m.cxm"));
+    QCOMPARE(int(back.size()), 3);
+    for (size_t i = 0; i < steps.size(); ++i) {
+        QCOMPARE(back[i].name, steps[i].name);
+        QCOMPARE(back[i].parameters, steps[i].parameters);
+    }
+}
+
+void TestHistory::macroFileErrors_data()
+{
+    QTest::addColumn<QByteArray>("text");
+    QTest::newRow("no header") << QByteArray("%step load_image\n");
+    QTest::newRow("parameters first") << QByteArray("chromaxis-macro 1\nfilename:x\n");
+    QTest::newRow("nameless step") << QByteArray("chromaxis-macro 1\n%step \n");
+    QTest::newRow("unknown directive") << QByteArray("chromaxis-macro 1\n%stop x\n");
+    QTest::newRow("empty") << QByteArray();
+}
+
+void TestHistory::macroFileErrors()
+{
+    QFETCH(QByteArray, text);
+    try {
+        MacroFile::decode(text, "m.cxm");
+        QFAIL("accepted");
+    } catch (const DescribedException &e) {
+        QCOMPARE(e.title(), QString("Error on reading macro"));
+        QVERIFY(e.message().contains("m.cxm"));
+    }
+}
+
+void TestHistory::playerReplaysSteps()
+{
+    ChromaxisDocument doc;
+    doc.setPalette(paletteOf({10, 20, 30, 40, 50}));
+    MacroPlayer player;
+    const auto report = player.play(doc, {{"palette_invert_order", ""},
+                                          {"copy", "selection:0\n"},
+                                          {"paste", "selection:2\n"},
+                                          {"delete", "selection:0-1\n"},
+                                          {"edit", "selection:0\ncolor:1,2,3,4\n"},
+                                          {"zoom_in", ""},
+                                          {"palette_fix_size", "fixed:1\n"},
+                                          {"palette_set_default_size", "size:2\n"}});
+    QCOMPARE(report.played, 8);
+    QVERIFY(report.skipped.isEmpty());
+    // 50 40 30 20 10 -> copy 50 -> paste after 30 -> 50 40 30 50 20 10 -> delete 0-1 -> 30 50 20 10
+    // -> edit 0; the size stays fixed. The pasted colour went through the clipboard's 8 bits.
+    Palette<uint> expected = paletteOf({30, 50, 20, 10});
+    expected[0] = {1, 2, 3, 4};
+    expected[1] = PaletteEdits::throughClipboard(expected[1]);
+    QCOMPARE(expected[1], RGBAColor<uint>(0, 0, 0, 65280));
+    QCOMPARE(doc.palette().entries(), expected.entries());
+    QVERIFY(doc.paletteViewSettings().fixedSize);
+}
+
+void TestHistory::playerReportsUnknownSteps()
+{
+    ChromaxisDocument doc;
+    MacroPlayer player;
+    const auto report = player.play(doc, {{"image_quantisize_someday", ""}, {"palette_generate_huerot256", ""}});
+    QCOMPARE(report.played, 1);
+    QCOMPARE(report.skipped, QStringList({"image_quantisize_someday"}));
+    QCOMPARE(doc.palette().size(), 256);
+    QCOMPARE(doc.palette()[0].a, 4294836225u);
+    QVERIFY_EXCEPTION_THROWN(player.play(doc, {{"load_image", ""}}), DescribedException);
+    QVERIFY_EXCEPTION_THROWN(player.play(doc, {{"edit", "color:1,2\n"}}), DescribedException);
+}
+
+void TestHistory::selectionText_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QList<int>>("indexes");
+    QTest::newRow("empty") << "" << QList<int>{};
+    QTest::newRow("single") << "4" << QList<int>{4};
+    QTest::newRow("runs") << "0-2,5,7-8" << QList<int>{0, 1, 2, 5, 7, 8};
+}
+
+void TestHistory::selectionText()
+{
+    QFETCH(QString, text);
+    QFETCH(QList<int>, indexes);
+    const std::set<int> set(indexes.begin(), indexes.end());
+    QCOMPARE(MacroPlayer::selectionText(set), text);
+    QCOMPARE(MacroPlayer::selectionFromText(text), set);
+    QVERIFY_EXCEPTION_THROWN(MacroPlayer::selectionFromText("3-1"), DescribedException);
+    QVERIFY_EXCEPTION_THROWN(MacroPlayer::selectionFromText("0-2000000000"), DescribedException);
+}
+
+QTEST_GUILESS_MAIN(TestHistory)
+#include "tst_history.moc"
