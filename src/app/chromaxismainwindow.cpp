@@ -4,7 +4,7 @@
 #include "cxpropertywidget.h"
 #include "dialogs/rgbimagedialog.h"
 #include "imagelabel.h"
-#include "document/macroplayer.h"
+#include "palette/describedexception.h"
 #include "storage/palettedatabase.h"
 #include "utils/qt/colorwidgets/paletteview.h"
 
@@ -18,7 +18,6 @@
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QMetaMethod>
-#include <QPrinter>
 #include <QScrollArea>
 #include <QSettings>
 #include <QStatusBar>
@@ -37,8 +36,6 @@ const int defaultPaletteSizes[] = {2, 4, 8, 16, 32, 64, 128, 256, 512, 1024};
 ChromaxisMainWindow::ChromaxisMainWindow(PaletteDatabase *builtinPalettes, QWidget *parent)
     : QMainWindow(parent), m_builtinPalettes(builtinPalettes)
 {
-    MacroPlayer::setPaletteDatabase(builtinPalettes);
-    m_printer = std::make_unique<QPrinter>(QPrinter::ScreenResolution);
     setWindowIcon(QIcon(QStringLiteral(":res/images/chromaxis.ico")));
     setWindowTitle(QStringLiteral("Chromaxis"));
     setAcceptDrops(true);
@@ -268,101 +265,6 @@ void ChromaxisMainWindow::createStatusBar()
     statusBar()->showMessage(tr("Ready"));
 }
 
-void ChromaxisMainWindow::readSettings()
-{
-    QSettings s;
-    if (s.contains("maximized") && s.value("maximized").toBool()) {
-        setWindowState(windowState() | Qt::WindowMaximized);
-    } else {
-        if (s.contains("pos"))
-            move(s.value("pos").toPoint());
-        if (s.contains("size"))
-            resize(s.value("size").toSize());
-    }
-    PaletteViewSettings viewSettings = m_document.paletteViewSettings();
-    if (s.contains("fixpalettesize"))
-        viewSettings.fixedSize = s.value("fixpalettesize").toBool();
-    if (s.contains("maximum_palette_size") && s.value("maximum_palette_size").toInt() > 0)
-        viewSettings.maximumSize = s.value("maximum_palette_size").toInt();
-    m_document.setPaletteViewSettings(viewSettings, true);
-    documentSettingsChanged();
-    if (s.contains("interpolateentries"))
-        action("imageInterpolateEntries")->setChecked(s.value("interpolateentries").toBool());
-    for (const ToolBarLayout &t : toolBarLayouts())
-        if (s.contains(t.settingsKey))
-            action(QString::fromLatin1(t.showSlot))->setChecked(s.value(t.settingsKey).toBool());
-    if (s.contains("showbar_status"))
-        action("showStatusBar")->setChecked(s.value("showbar_status").toBool());
-    statusBar()->setVisible(action("showStatusBar")->isChecked());
-    if (s.contains("rgb_onload_action"))
-        setRgbOnLoadAction(s.value("rgb_onload_action").toInt());
-    if (s.contains("pal_clipboard_header"))
-        m_paletteView->setClipboardHeader(s.value("pal_clipboard_header").toString());
-    if (s.contains("pal_clipboard_entry"))
-        m_paletteView->setClipboardEntry(s.value("pal_clipboard_entry").toString());
-    if (s.contains("pal_clipboard_divider"))
-        m_paletteView->setClipboardDivider(s.value("pal_clipboard_divider").toString());
-    if (s.contains("pal_clipboard_footer"))
-        m_paletteView->setClipboardBottom(s.value("pal_clipboard_footer").toString());
-    if (s.contains("col_clipboard"))
-        setCopyFormat(s.value("col_clipboard").toInt());
-    if (s.contains("palettesize"))
-        setPaletteSizeTo(s.value("palettesize").toInt());
-}
-
-void ChromaxisMainWindow::writeSettings() const
-{
-    QSettings s;
-    s.setValue("maximized", isMaximized());
-    s.setValue("pos", pos());
-    s.setValue("size", size());
-    s.setValue("fixpalettesize", action("paletteFixSize")->isChecked());
-    s.setValue("interpolateentries", action("imageInterpolateEntries")->isChecked());
-    s.setValue("palettesize", m_document.palette().size());
-    for (const ToolBarLayout &t : toolBarLayouts())
-        s.setValue(t.settingsKey, action(QString::fromLatin1(t.showSlot))->isChecked());
-    s.setValue("showbar_status", action("showStatusBar")->isChecked());
-    s.setValue("rgb_onload_action", m_rgbOnLoadAction);
-    s.setValue("maximum_palette_size", m_maximumPaletteSize);
-    s.setValue("pal_clipboard_header", m_paletteView->clipboardHeader());
-    s.setValue("pal_clipboard_entry", m_paletteView->clipboardEntry());
-    s.setValue("pal_clipboard_divider", m_paletteView->clipboardDivider());
-    s.setValue("pal_clipboard_footer", m_paletteView->clipboardBottom());
-    s.setValue("col_clipboard", m_copyFormat);
-}
-
-QString ChromaxisMainWindow::dialogDirectory(const char *key) const
-{
-    return QSettings().value(key, QString()).toString();
-}
-
-void ChromaxisMainWindow::rememberDirectory(const char *key, const QString &file) const
-{
-    QSettings().setValue(key, QFileInfo(file).absolutePath());
-}
-
-void ChromaxisMainWindow::openPresetDatabase()
-{
-    switch (m_presets.open()) {
-    case PresetDatabase::OpenResult::Ok:
-        break;
-    case PresetDatabase::OpenResult::DriverMissing:
-        QMessageBox::warning(this, tr("Missing database driver"),
-                             tr("An SQLite driver was not found.\nSaving to the database will be not possible."));
-        break;
-    case PresetDatabase::OpenResult::OpenFailed:
-        QMessageBox::warning(this, tr("Database error"),
-                             tr("Could not open database.\nSaving to the database will be not possible."));
-        break;
-    case PresetDatabase::OpenResult::CreateFailed:
-        QMessageBox::warning(this, tr("Database error"),
-                             tr("Could not write to database.\nSaving to the database will be not "
-                                "possible.\nError:\n%1")
-                                 .arg(m_presets.errorText()));
-        break;
-    }
-}
-
 void ChromaxisMainWindow::updateActions()
 {
     const bool image = m_document.hasImage();
@@ -392,37 +294,6 @@ void ChromaxisMainWindow::updateProperties()
 void ChromaxisMainWindow::notAvailableYet(const QString &what)
 {
     QMessageBox::information(this, QStringLiteral("Chromaxis"), tr("%1 is not available yet.").arg(what));
-}
-
-bool ChromaxisMainWindow::maybeSaveImage()
-{
-    if (!m_document.isImageModified() || !m_document.hasImage())
-        return true;
-    const auto answer = QMessageBox::warning(
-        this, QStringLiteral("Chromaxis"), tr("The image has been modified.\nDo you want to save your changes?"),
-        QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel, QMessageBox::NoButton);
-    if (answer == QMessageBox::Save)
-        return saveImage();
-    if (answer == QMessageBox::Cancel)
-        return false;
-    m_document.setImageModified(false);
-    return true;
-}
-
-bool ChromaxisMainWindow::maybeSavePalette()
-{
-    // An RGB image does not show the palette, so its changes are not worth a question then.
-    if (!m_document.isPaletteModified() || m_document.imageMode() == DocumentImage::RGB)
-        return true;
-    const auto answer = QMessageBox::warning(
-        this, QStringLiteral("Chromaxis"), tr("The palette has been modified.\nDo you want to save your changes?"),
-        QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel, QMessageBox::NoButton);
-    if (answer == QMessageBox::Save)
-        return savePalette();
-    if (answer == QMessageBox::Cancel)
-        return false;
-    m_document.setPaletteModified(false);
-    return true;
 }
 
 void ChromaxisMainWindow::closeEvent(QCloseEvent *event)
@@ -455,7 +326,61 @@ void ChromaxisMainWindow::keyReleaseEvent(QKeyEvent *event)
     QMainWindow::keyReleaseEvent(event);
 }
 
-void ChromaxisMainWindow::showStatusBar()
+bool ChromaxisMainWindow::run(const std::function<void()> &command)
 {
-    statusBar()->setVisible(action("showStatusBar")->isChecked());
+    try {
+        command();
+    } catch (const DescribedException &e) {
+        showError(e);
+        return false;
+    }
+    return true;
+}
+
+void ChromaxisMainWindow::showError(const DescribedException &e)
+{
+    QMessageBox::warning(this, e.title(), e.message());
+}
+
+// ---- Showing the document ------------------------------------------------------------------------
+
+void ChromaxisMainWindow::showImage()
+{
+    if (!m_document.hasImage()) {
+        m_imageView->clear();
+        m_imageView->hide();
+        return;
+    }
+    m_imageView->setPixmap(QPixmap::fromImage(m_document.image().picture()));
+    m_imageView->resize(m_document.image().picture().size() * m_scale);
+    m_imageView->show();
+}
+
+void ChromaxisMainWindow::documentPaletteChanged()
+{
+    if (m_paletteView->palette() != m_document.palette())
+        m_paletteView->setPalette(m_document.palette());
+    showImage();
+    updateProperties();
+}
+
+void ChromaxisMainWindow::documentImageChanged()
+{
+    showImage();
+    updateActions();
+    updateProperties();
+    const QSignalBlocker block(action("imageInterpolateEntries"));
+    action("imageInterpolateEntries")->setChecked(m_document.image().interpolate());
+}
+
+void ChromaxisMainWindow::documentSelectionChanged()
+{
+    if (m_paletteView->selection() != m_document.selection())
+        m_paletteView->setSelected(m_document.selection());
+}
+
+void ChromaxisMainWindow::updateHistoryActions()
+{
+    action("undo")->setEnabled(m_document.history().canUndo());
+    action("redo")->setEnabled(m_document.history().canRedo());
 }

@@ -1,12 +1,13 @@
 #pragma once
 
 #include "document/chromaxisdocument.h"
+#include "document/documentcommands.h"
 #include "storage/presetdatabase.h"
 
 #include <QHash>
 #include <QMainWindow>
 
-#include <memory>
+#include <functional>
 
 class CXPropertyWidget;
 class ImageLabel;
@@ -17,10 +18,17 @@ class QAction;
 class QActionGroup;
 class QLabel;
 class QMenu;
-class QPrinter;
 class QScrollArea;
 class QToolBar;
 
+class DescribedException;
+class QDragEnterEvent;
+class QDropEvent;
+
+// The main window: the shell (chromaxismainwindow.cpp) builds the views, actions, menus and tool
+// bars and follows the document; each menu's commands live in a file of their own (_file, _edit,
+// _palette, _image, _view, _help). A command slot only gathers what the user chose and shows the
+// result: the change itself is a DocumentCommands call, shared with the macro player and the CLI.
 class ChromaxisMainWindow : public QMainWindow
 {
     Q_OBJECT
@@ -29,6 +37,7 @@ public:
     ~ChromaxisMainWindow() override;
 
     ChromaxisDocument &document() { return m_document; }
+    DocumentCommands &commands() { return m_commands; }
     static constexpr int maxRecentFiles = 8;
     const ChromaxisDocument &document() const { return m_document; }
     CXPropertyWidget *propertyWidget() const { return m_properties; }
@@ -184,7 +193,10 @@ private:
     void notAvailableYet(const QString &what);
     void showImage();
     void setScale(double scale);
-    void installBuiltin(int index);
+    // Runs a document command; a failure is shown in a message box. Returns whether it succeeded.
+    bool run(const std::function<void()> &command);
+    void showError(const DescribedException &e);
+    void takeBuiltin(int index);
     void applyRgbOnLoadAction(int action);
     void setRgbOnLoadAction(int action);
     void setMaximumPaletteSize(int size);
@@ -196,8 +208,6 @@ private:
     bool runPaletteDialog(PaletteDialog &dialog);
     // A palette operation without settings, installed as one history step and one macro step.
     void applyPaletteOperation(const QString &name);
-    // "selection:..." for a macro step when entries are selected, otherwise nothing.
-    QString selectionParameters() const;
     void rememberRecentFile(const QString &path);
     void updateRecentFiles();
     // The directory a file dialog starts in and remembering the chosen one.
@@ -206,8 +216,8 @@ private:
 
     PaletteDatabase *m_builtinPalettes = nullptr;
     ChromaxisDocument m_document;
+    DocumentCommands m_commands{m_document, m_builtinPalettes};
     PresetDatabase m_presets;
-    std::unique_ptr<QPrinter> m_printer;
 
     ImageLabel *m_imageView = nullptr;
     QScrollArea *m_imageScroll = nullptr;

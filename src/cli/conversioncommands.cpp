@@ -3,6 +3,7 @@
 #include "cliargs.h"
 #include "palette/describedexception.h"
 #include "storage/documentimageio.h"
+#include "conversion/batchapply.h"
 #include "conversion/fastconversions.h"
 #include "conversion/imageconverter.h"
 #include "conversion/imageconvertsettings.h"
@@ -12,6 +13,7 @@
 #include "storage/projectfile.h"
 #include "palette/standardpalettes.h"
 
+#include <QDir>
 #include <QFileInfo>
 
 #include <cstdio>
@@ -59,13 +61,6 @@ void writeResult(const QString &path, DocumentImage image, const Palette<uint> &
     DocumentImageIO::save(path, image);
 }
 
-PaletteDatabase loadDatabase()
-{
-    PaletteDatabase db;
-    db.loadFromFile(QStringLiteral(":res/texts/db.txt"));
-    return db;
-}
-
 // A progress line on stderr, only when it is a terminal.
 void showProgress(ImageConversionEngine &engine)
 {
@@ -100,7 +95,7 @@ int imageConvert(CliContext &ctx)
     const ImageConvertSettings settings =
         ImageConvertSettings::fromPairs(settingsFromArgs(args, ImageConvertSettings::settingsName));
     const Input input = openInput(args.operands()[0]);
-    const PaletteDatabase db = loadDatabase();
+    const PaletteDatabase &db = PaletteDatabase::shipped();
     ImageConverter converter(&db);
     settings.configure(converter, input.palette);
     showProgress(converter);
@@ -117,7 +112,7 @@ int imageQuantise(CliContext &ctx)
     const ImageQuantisizeSettings settings =
         ImageQuantisizeSettings::fromPairs(settingsFromArgs(args, ImageQuantisizeSettings::settingsName));
     Input input = openInput(args.operands()[0]);
-    const PaletteDatabase db = loadDatabase();
+    const PaletteDatabase &db = PaletteDatabase::shipped();
     ImageQuantisizer quantisizer(&db);
     settings.configure(quantisizer, input.palette);
     showProgress(quantisizer);
@@ -145,4 +140,25 @@ int imageFast(CliContext &ctx)
     input.image = DocumentImage();
     writeResult(args.operands()[2], std::move(r.image), r.palette, input);
     return ExitOk;
+}
+
+int imageBatch(CliContext &ctx)
+{
+    const CliArgs args(ctx.args, settingsOptions());
+    if (args.operands().size() < 2)
+        throw CliUsageError{QStringLiteral("image batch needs OUTDIR and at least one FILE")};
+    ImageConvertSettings settings =
+        ImageConvertSettings::fromPairs(settingsFromArgs(args, ImageConvertSettings::settingsName));
+    settings.folder = args.operands()[0];
+    QFileInfoList files;
+    for (const QString &path : args.operands().mid(1))
+        files << QFileInfo(path);
+    // A fresh window shows the start-up palette; that is the current palette here.
+    const BatchApply batch(settings, grayscalePalette(), &PaletteDatabase::shipped());
+    const BatchApply::Report report = batch.run(files);
+    if (report.complete())
+        return ExitOk;
+    ctx.err << report.text(QDir(settings.folder).absolutePath()) << '\n';
+    ctx.err.flush();
+    return report.failures.isEmpty() && !report.cancelled ? ExitOk : ExitFailure;
 }

@@ -5,3 +5,4 @@
 int imageConvert(CliContext &ctx);
 int imageQuantise(CliContext &ctx);
 int imageFast(CliContext &ctx);
+int imageBatch(CliContext &ctx);

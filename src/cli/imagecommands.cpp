@@ -35,13 +35,6 @@ OpenedDocument openDocument(const QString &path)
     return {std::move(project.image), std::move(project.palette)};
 }
 
-PaletteDatabase loadDatabase()
-{
-    PaletteDatabase db;
-    db.loadFromFile(QStringLiteral(":res/texts/db.txt"));
-    return db;
-}
-
 } // namespace
 
 int imageShow(CliContext &ctx)
@@ -93,7 +86,7 @@ int dbList(CliContext &ctx)
 {
     const CliArgs args(ctx.args, {});
     args.expectOperands(0);
-    const PaletteDatabase db = loadDatabase();
+    const PaletteDatabase &db = PaletteDatabase::shipped();
     for (const QString &name : db.names())
         ctx.out << name << '\n';
     return ExitOk;
@@ -103,7 +96,7 @@ int dbShow(CliContext &ctx)
 {
     const CliArgs args(ctx.args, {});
     args.expectOperands(1);
-    const auto palette = loadDatabase().lookup(args.operands()[0]);
+    const auto palette = PaletteDatabase::shipped().lookup(args.operands()[0]);
     if (!palette)
         throw DescribedException(QStringLiteral("Palette database"),
                                  QStringLiteral("No palette named '%1' in the database.").arg(args.operands()[0]));

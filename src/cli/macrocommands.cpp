@@ -1,7 +1,8 @@
 #include "macrocommands.h"
 
-#include "document/chromaxisdocument.h"
 #include "cliargs.h"
+#include "document/chromaxisdocument.h"
+#include "document/documentcommands.h"
 #include "document/documentproject.h"
 #include "document/macroplayer.h"
 #include "storage/palettedatabase.h"
@@ -15,12 +16,9 @@ int macroRun(CliContext &ctx)
     const QString output = args.operands()[2];
 
     const std::vector<MacroFile::Step> steps = MacroFile::read(macroPath);
-    PaletteDatabase database;
-    database.loadFromFile(QStringLiteral(":res/texts/db.txt"));
-    MacroPlayer::setPaletteDatabase(&database);
     ChromaxisDocument document;
-    DocumentProject::open(document, input);
-    MacroPlayer player;
+    DocumentCommands(document, &PaletteDatabase::shipped(), DocumentCommands::DoNotRecord).open(input);
+    MacroPlayer player(&PaletteDatabase::shipped());
     const MacroPlayer::Report report = player.play(document, steps);
     ProjectFile::write(output, DocumentProject::capture(document));
     if (!report.skipped.isEmpty())

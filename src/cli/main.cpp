@@ -49,6 +49,7 @@ const char *const usageText =
     "  image convert IN OUT [--settings FILE] [--set KEY=VALUE]...\n"
     "  image quantise IN OUT [--settings FILE] [--set KEY=VALUE]...\n"
     "  image fast NAME IN OUT\n"
+    "  image batch OUTDIR FILE... [--settings FILE] [--set KEY=VALUE]...\n"
     "  project show FILE.cxw\n"
     "  project create OUT.cxw [--palette P] [--image I] [--select LIST]\n"
     "\n"
@@ -80,12 +81,14 @@ std::vector<Command> commands()
         {{"image", "convert"}, imageConvert},
         {{"image", "quantise"}, imageQuantise},
         {{"image", "fast"}, imageFast},
+        {{"image", "batch"}, imageBatch},
         {{"project", "show"}, projectShow},
         {{"project", "create"}, projectCreate},
         {{"generate"}, {}},
         {{"animation"}, {}},
         {{"db", "list"}, dbList},
         {{"db", "show"}, dbShow},
+        {{"palette", "batch"}, {}},
         {{"macro", "run"}, macroRun},
     };
 }

@@ -1,10 +1,6 @@
 #include "document/documentproject.h"
 
 #include "document/chromaxisdocument.h"
-#include "storage/documentimageio.h"
-#include "formats/paletteformats.h"
-
-#include <QFileInfo>
 
 namespace DocumentProject {
 
@@ -46,31 +42,6 @@ void install(ChromaxisDocument &document, const ProjectData &data)
     document.setPaletteViewSettings(settings, true);
     document.setSelection(data.selection);
     document.clearHistory();
-}
-
-void open(ChromaxisDocument &document, const QString &path)
-{
-    const QString suffix = QFileInfo(path).suffix().toLower();
-    if (suffix == QLatin1String("cxw")) {
-        ProjectData data = ProjectFile::read(path);
-        install(document, data);
-        document.setProjectFileName(path);
-        return;
-    }
-    const int format = formatFromWord(suffix);
-    if (format != FormatUnknown && format != FormatGif && format != FormatHtml && format != FormatCss &&
-        format != FormatJavaScript) {
-        Palette<uint> palette;
-        importPalette(path, palette, format);
-        recordPaletteFileName(palette, path);
-        PaletteState state = document.paletteState();
-        state.palette = palette;
-        state.fileName = path;
-        state.paletteModified = false;
-        document.setPaletteState(state);
-        return;
-    }
-    document.setImageState({DocumentImageIO::load(path), path, false});
 }
 
 } // namespace DocumentProject

@@ -1,18 +1,11 @@
 #include "document/macroplayer.h"
 
+#include "conversion/fastconversions.h"
 #include "document/chromaxisdocument.h"
-#include "palette/describedexception.h"
-#include "storage/documentimageio.h"
-#include "conversion/imageconversionsteps.h"
-#include "storage/palettedatabase.h"
-#include "operations/paletteedits.h"
-#include "operations/selectionpattern.h"
-#include "formats/paletteformats.h"
-#include "operations/palettegenerators.h"
+#include "document/documentcommands.h"
 #include "operations/paletteoperations.h"
-#include "palette/standardpalettes.h"
-
-#include <QFileInfo>
+#include "palette/describedexception.h"
+#include "storage/palettedatabase.h"
 
 namespace {
 
@@ -31,7 +24,7 @@ std::set<int> stepSelection(const ChromaxisDocument &doc, const MacroPlayer::Par
     return it == p.end() ? doc.selection() : MacroPlayer::selectionFromText(it->second);
 }
 
-RGBAColor<uint> colourFromText(const QString &text, const QString &step)
+RGBAColor<uint> colorFromText(const QString &text, const QString &step)
 {
     const QStringList parts = text.split(',');
     bool ok = parts.size() == 4;
@@ -44,159 +37,107 @@ RGBAColor<uint> colourFromText(const QString &text, const QString &step)
     return {c[0], c[1], c[2], c[3]};
 }
 
-const PaletteDatabase *database = nullptr;
+int sizeFrom(const MacroPlayer::Parameters &p, const QString &step)
+{
+    bool ok = false;
+    const int size = required(p, QStringLiteral("size"), step).toInt(&ok);
+    if (!ok)
+        throw DescribedException(QStringLiteral("Error on playing macro"),
+                                 QStringLiteral("The step '%1' has a size that is no number.").arg(step));
+    return size;
+}
 
-void registerBuiltins(std::map<QString, MacroPlayer::Handler> &r)
+SettingsText::Pairs pairsOf(const MacroPlayer::Parameters &p)
+{
+    return SettingsText::Pairs(p.begin(), p.end());
+}
+
+std::map<QString, MacroPlayer::Handler> builtinSteps()
 {
     using P = MacroPlayer::Parameters;
-    r["load_image"] = [](MacroPlayer &, ChromaxisDocument &doc, const P &p) {
-        const QString path = required(p, QStringLiteral("filename"), QStringLiteral("load_image"));
-        doc.setImageState({DocumentImageIO::load(path), path, false});
+    using C = DocumentCommands;
+    const QString filename = QStringLiteral("filename");
+    std::map<QString, MacroPlayer::Handler> r;
+    r["load_image"] = [=](MacroPlayer &, C &c, const P &p) { c.loadImage(required(p, filename, "load_image")); };
+    r["load_palette"] = [=](MacroPlayer &, C &c, const P &p) { c.loadPalette(required(p, filename, "load_palette")); };
+    r["load_selection"] = [=](MacroPlayer &, C &c, const P &p) {
+        c.loadSelection(required(p, filename, "load_selection"));
     };
-    r["load_palette"] = [](MacroPlayer &, ChromaxisDocument &doc, const P &p) {
-        const QString path = required(p, QStringLiteral("filename"), QStringLiteral("load_palette"));
-        const int format = formatFromWord(QFileInfo(path).suffix());
-        if (format == FormatUnknown)
-            throw DescribedException(QStringLiteral("Could not load"),
-                                     QStringLiteral("Unable to load palette %1.\nUnrecognized format.")
-                                         .arg(QFileInfo(path).fileName()));
-        Palette<uint> palette;
-        importPalette(path, palette, format);
-        recordPaletteFileName(palette, path);
-        PaletteState state = doc.paletteState();
-        state.palette = palette;
-        state.fileName = path;
-        state.paletteModified = false;
-        doc.setPaletteState(state);
+    r["save_selection"] = [=](MacroPlayer &, C &c, const P &p) {
+        c.saveSelection(required(p, filename, "save_selection"));
     };
-    r["load_selection"] = [](MacroPlayer &, ChromaxisDocument &doc, const P &p) {
-        doc.setSelection(readSelectionFile(required(p, QStringLiteral("filename"), QStringLiteral("load_selection"))));
+    r["copy"] = [](MacroPlayer &player, C &c, const P &p) {
+        const std::set<int> selection = stepSelection(c.document(), p);
+        player.clipboard = c.copy(selection);
+        player.clipboardSingle = selection.size() == 1;
     };
-    r["save_selection"] = [](MacroPlayer &, ChromaxisDocument &doc, const P &p) {
-        writeSelectionFile(required(p, QStringLiteral("filename"), QStringLiteral("save_selection")), doc.selection());
+    r["paste"] = [](MacroPlayer &player, C &c, const P &p) {
+        c.paste(stepSelection(c.document(), p), player.clipboard, player.clipboardSingle);
     };
-    r["copy"] = [](MacroPlayer &player, ChromaxisDocument &doc, const P &p) {
-        const std::set<int> sel = stepSelection(doc, p);
-        player.clipboard.clear();
-        for (int i = 0; i < doc.palette().size(); ++i)
-            if (sel.empty() || sel.count(i))
-                player.clipboard.push_back(PaletteEdits::throughClipboard(doc.palette()[i]));
-        player.clipboardSingle = sel.size() == 1;
+    r["replace"] = [](MacroPlayer &player, C &c, const P &p) {
+        c.replace(stepSelection(c.document(), p), player.clipboard);
     };
-    r["paste"] = [](MacroPlayer &player, ChromaxisDocument &doc, const P &p) {
-        const PaletteViewSettings &s = doc.paletteViewSettings();
-        Palette<uint> palette = doc.palette();
-        PaletteEdits::paste(palette, stepSelection(doc, p), player.clipboard, player.clipboardSingle,
-                            s.fixedSize ? palette.size() : s.maximumSize, s.fixedSize, s.fillColor);
-        doc.setSelection({});
-        doc.setPalette(palette);
+    r["delete"] = [](MacroPlayer &, C &c, const P &p) { c.remove(stepSelection(c.document(), p)); };
+    r["edit"] = [](MacroPlayer &, C &c, const P &p) {
+        c.setColor(stepSelection(c.document(), p), colorFromText(required(p, "color", "edit"), "edit"));
     };
-    r["replace"] = [](MacroPlayer &player, ChromaxisDocument &doc, const P &p) {
-        Palette<uint> palette = doc.palette();
-        if (PaletteEdits::replaceSelected(palette, stepSelection(doc, p), player.clipboard) > 0)
-            doc.setPalette(palette);
+    r["close_image"] = [](MacroPlayer &, C &c, const P &) { c.closeImage(); };
+    r["palette_from_db"] = [](MacroPlayer &, C &c, const P &p) {
+        c.takeBuiltin(required(p, QStringLiteral("name"), QStringLiteral("palette_from_db")));
     };
-    r["delete"] = [](MacroPlayer &, ChromaxisDocument &doc, const P &p) {
-        const PaletteViewSettings &s = doc.paletteViewSettings();
-        Palette<uint> palette = doc.palette();
-        PaletteEdits::removeSelected(palette, stepSelection(doc, p), s.fixedSize, s.fillColor);
-        doc.setSelection({});
-        doc.setPalette(palette);
+    r["palette_set_max_size"] = [](MacroPlayer &, C &c, const P &p) {
+        c.setMaximumPaletteSize(sizeFrom(p, "palette_set_max_size"));
     };
-    r["edit"] = [](MacroPlayer &, ChromaxisDocument &doc, const P &p) {
-        Palette<uint> palette = doc.palette();
-        const RGBAColor<uint> colour = colourFromText(required(p, QStringLiteral("color"), QStringLiteral("edit")),
-                                                      QStringLiteral("edit"));
-        if (PaletteEdits::setSelected(palette, stepSelection(doc, p), colour) > 0)
-            doc.setPalette(palette);
+    r["palette_set_default_size"] = [](MacroPlayer &, C &c, const P &p) {
+        c.setPaletteSize(sizeFrom(p, "palette_set_default_size"));
     };
-    r["close_image"] = [](MacroPlayer &, ChromaxisDocument &doc, const P &) { doc.closeImage(); };
-    r["palette_from_db"] = [](MacroPlayer &, ChromaxisDocument &doc, const P &p) {
-        const QString name = required(p, QStringLiteral("name"), QStringLiteral("palette_from_db"));
-        const auto palette = database ? database->lookup(name) : std::nullopt;
-        if (!palette)
-            throw DescribedException(QStringLiteral("Error on playing macro"),
-                                     QStringLiteral("There is no palette named '%1' in the database.").arg(name));
-        PaletteState state = doc.paletteState();
-        state.palette = *palette;
-        state.palette.setProperty(PaletteName, name);
-        state.builtinIndex = int(database->names().indexOf(name));
-        state.fileName.clear();
-        state.paletteModified = true;
-        doc.setPaletteState(state);
+    r["palette_fix_size"] = [](MacroPlayer &, C &c, const P &p) {
+        c.setFixedPaletteSize(required(p, "fixed", "palette_fix_size") == QLatin1String("1"));
     };
-    r["palette_set_max_size"] = [](MacroPlayer &, ChromaxisDocument &doc, const P &p) {
-        bool ok = false;
-        const int size = required(p, QStringLiteral("size"), QStringLiteral("palette_set_max_size")).toInt(&ok);
-        if (!ok || size <= 0)
-            throw DescribedException(QStringLiteral("Error on playing macro"),
-                                     QStringLiteral("The maximum palette size must be a positive number."));
-        PaletteViewSettings s = doc.paletteViewSettings();
-        s.maximumSize = size;
-        doc.setPaletteViewSettings(s);
+    r["palette_set_default_color"] = [](MacroPlayer &, C &c, const P &p) {
+        c.setFillColor(colorFromText(required(p, "color", "palette_set_default_color"), "palette_set_default_color"));
     };
-    r["select_pattern"] = [](MacroPlayer &, ChromaxisDocument &doc, const P &p) {
-        SettingsText::Pairs pairs(p.begin(), p.end());
-        doc.setSelection(SelectionPattern::select(doc.palette().size(), pairs));
-    };
-    r["reset_undo"] = [](MacroPlayer &, ChromaxisDocument &doc, const P &) { doc.clearHistory(); };
+    r["select_pattern"] = [](MacroPlayer &, C &c, const P &p) { c.selectPattern(pairsOf(p)); };
+    r["reset_undo"] = [](MacroPlayer &, C &c, const P &) { c.clearHistory(); };
     for (const char *viewOnly : {"zoom_in", "zoom_out", "zoom_reset"})
-        r[viewOnly] = [](MacroPlayer &, ChromaxisDocument &, const P &) {};
-    r["image_interpolate_entries"] = [](MacroPlayer &, ChromaxisDocument &doc, const P &p) {
-        if (!doc.hasImage())
-            return;
-        DocumentImage image = doc.image();
-        image.setInterpolate(required(p, QStringLiteral("interpolate"), QStringLiteral("image_interpolate_entries")) ==
-                             QLatin1String("1"));
-        doc.setImage(image);
+        r[viewOnly] = [](MacroPlayer &, C &, const P &) {};
+    r["image_interpolate_entries"] = [](MacroPlayer &, C &c, const P &p) {
+        c.setInterpolate(required(p, "interpolate", "image_interpolate_entries") == QLatin1String("1"));
     };
-    r["palette_fix_size"] = [](MacroPlayer &, ChromaxisDocument &doc, const P &p) {
-        PaletteViewSettings s = doc.paletteViewSettings();
-        s.fixedSize = required(p, QStringLiteral("fixed"), QStringLiteral("palette_fix_size")) == QLatin1String("1");
-        doc.setPaletteViewSettings(s);
+    for (const QString &name : FastConversions::names())
+        r[name] = [name](MacroPlayer &, C &c, const P &) { c.fastConvert(name); };
+    r["image_convert"] = [](MacroPlayer &, C &c, const P &p) {
+        c.convertImage(ImageConvertSettings::fromPairs(pairsOf(p)));
     };
-    r["palette_set_default_color"] = [](MacroPlayer &, ChromaxisDocument &doc, const P &p) {
-        PaletteViewSettings s = doc.paletteViewSettings();
-        s.fillColor = colourFromText(required(p, QStringLiteral("color"), QStringLiteral("palette_set_default_color")),
-                                     QStringLiteral("palette_set_default_color"));
-        doc.setPaletteViewSettings(s);
+    r["image_quantisize"] = [](MacroPlayer &, C &c, const P &p) {
+        c.quantiseImage(ImageQuantisizeSettings::fromPairs(pairsOf(p)));
     };
-    r["palette_set_default_size"] = [](MacroPlayer &, ChromaxisDocument &doc, const P &p) {
-        bool ok = false;
-        const int size = required(p, QStringLiteral("size"), QStringLiteral("palette_set_default_size")).toInt(&ok);
-        const PaletteViewSettings &s = doc.paletteViewSettings();
-        if (!ok || size < 0 || size > s.maximumSize || s.fixedSize)
-            return;
-        Palette<uint> palette = doc.palette();
-        palette.resize(size, s.fillColor);
-        doc.setPalette(palette);
-    };
+    return r;
+}
+
+// A palette dialog's step carries its settings text; the selection it acted on, when recorded,
+// comes in a line of its own after it.
+void playPaletteOperation(DocumentCommands &c, const QString &name, const QString &parameters)
+{
+    SettingsText::Pairs settings;
+    for (const QString &line : parameters.split('\n', Qt::SkipEmptyParts)) {
+        const int colon = line.indexOf(':');
+        settings.emplace_back(colon < 0 ? line.trimmed() : line.left(colon), colon < 0 ? QString() : line.mid(colon + 1));
+    }
+    c.applyPaletteOperation(name, stepSelection(c.document(), MacroPlayer::parseParameters(parameters)), settings);
 }
 
 } // namespace
 
 std::map<QString, MacroPlayer::Handler> &MacroPlayer::registry()
 {
-    static std::map<QString, Handler> r = [] {
-        std::map<QString, Handler> m;
-        registerBuiltins(m);
-        registerImageConversionSteps(m);
-        return m;
-    }();
+    static std::map<QString, Handler> r = builtinSteps();
     return r;
 }
 
-MacroPlayer::MacroPlayer() = default;
+MacroPlayer::MacroPlayer(const PaletteDatabase *builtins) : m_builtins(builtins) {}
 
-void MacroPlayer::setPaletteDatabase(const PaletteDatabase *db)
-{
-    database = db;
-}
-
-const PaletteDatabase *MacroPlayer::paletteDatabase()
-{
-    return database;
-}
+MacroPlayer::MacroPlayer() : MacroPlayer(&PaletteDatabase::shipped()) {}
 
 void MacroPlayer::registerStep(const QString &name, Handler handler)
 {
@@ -210,25 +151,14 @@ bool MacroPlayer::knows(const QString &name)
 
 MacroPlayer::Report MacroPlayer::play(ChromaxisDocument &document, const std::vector<MacroFile::Step> &steps)
 {
+    DocumentCommands commands(document, m_builtins, DocumentCommands::DoNotRecord);
     Report report;
     for (const MacroFile::Step &step : steps) {
         const auto it = registry().find(step.name);
         if (it != registry().end()) {
-            it->second(*this, document, parseParameters(step.parameters));
+            it->second(*this, commands, parseParameters(step.parameters));
         } else if (PaletteOperations::exists(step.name)) {
-            // A palette dialog's step carries its settings text; the selection it acted on, when
-            // recorded, comes in a line of its own after it.
-            const Parameters p = parseParameters(step.parameters);
-            const auto sel = p.find(QStringLiteral("selection"));
-            const std::set<int> selection =
-                sel == p.end() ? document.selection() : selectionFromText(sel->second);
-            SettingsText::Pairs settings;
-            for (const QString &line : step.parameters.split('\n', Qt::SkipEmptyParts)) {
-                const int colon = line.indexOf(':');
-                settings.emplace_back(colon < 0 ? line.trimmed() : line.left(colon),
-                                      colon < 0 ? QString() : line.mid(colon + 1));
-            }
-            document.setPalette(PaletteOperations::apply(step.name, document.palette(), selection, settings));
+            playPaletteOperation(commands, step.name, step.parameters);
         } else {
             report.skipped << step.name;
             continue;
@@ -252,7 +182,6 @@ MacroPlayer::Parameters MacroPlayer::parseParameters(const QString &text)
     }
     return p;
 }
-
 QString MacroPlayer::selectionText(const std::set<int> &selection)
 {
     QStringList parts;

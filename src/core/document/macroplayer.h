@@ -12,17 +12,19 @@
 #include <vector>
 
 class ChromaxisDocument;
+class DocumentCommands;
 class PaletteDatabase;
 
-// Replays recorded steps on a document, headless: the same document operations the window's
-// commands perform. Steps that only move the view (zoom) play as nothing; steps whose command
-// is not known here are skipped and reported, never silently dropped.
+// Replays recorded steps on a document, headless. The player is a table from step name to the
+// document command the window runs for it (DocumentCommands), so a replay does what the user
+// did. Steps that only move the view (zoom) play as nothing; steps whose command is not known
+// here are skipped and reported, never silently dropped.
 class MacroPlayer
 {
 public:
     // Parameters of a step as key -> value (the first ":" splits; later keys win).
     using Parameters = std::map<QString, QString>;
-    using Handler = std::function<void(MacroPlayer &, ChromaxisDocument &, const Parameters &)>;
+    using Handler = std::function<void(MacroPlayer &, DocumentCommands &, const Parameters &)>;
 
     struct Report
     {
@@ -30,11 +32,9 @@ public:
         QStringList skipped; // step names, in order
     };
 
+    // builtins is the collection the "from DB" steps and the conversions look palettes up in.
+    explicit MacroPlayer(const PaletteDatabase *builtins);
     MacroPlayer();
-
-    // The built-in palette list the "from DB" steps look names up in (not owned; may be null).
-    static void setPaletteDatabase(const PaletteDatabase *database);
-    static const PaletteDatabase *paletteDatabase();
 
     // Adds or replaces the handler of a step name; features register their steps here.
     static void registerStep(const QString &name, Handler handler);
@@ -56,4 +56,6 @@ public:
 
 private:
     static std::map<QString, Handler> &registry();
+
+    const PaletteDatabase *m_builtins;
 };

@@ -74,6 +74,16 @@ bool PaletteDatabase::loadFromFile(const QString &path)
     return true;
 }
 
+const PaletteDatabase &PaletteDatabase::shipped()
+{
+    static const PaletteDatabase db = [] {
+        PaletteDatabase d;
+        d.loadFromFile(QStringLiteral(":res/texts/db.txt"));
+        return d;
+    }();
+    return db;
+}
+
 std::optional<Palette<uint>> PaletteDatabase::lookup(const QString &fullName) const
 {
     const auto it = m_palettes.find(fullName);

@@ -20,6 +20,8 @@ public:
     void loadFromText(const QByteArray &text);
     // Loads a file or resource path; an unreadable one leaves the database empty and returns false.
     bool loadFromFile(const QString &path);
+    // The collection shipped inside the program, loaded on first use.
+    static const PaletteDatabase &shipped();
 
     std::optional<Palette<uint>> lookup(const QString &fullName) const;
     // Full names in the order of the text.

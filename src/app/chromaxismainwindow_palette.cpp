@@ -1,12 +1,9 @@
-// The main window's palette generators, the palette dialogs, the selection pattern and the text
-// export. Every palette is computed by the palette operations of the core; the window previews,
-// installs and records.
+// The Palette menu: the built-in collection, the generators, the palette dialogs and the size
+// and fill colour of the palette. Every palette is computed by the palette operations of the
+// core; the window previews, and the document commands install and record.
 #include "chromaxismainwindow.h"
 
-#include "palette/describedexception.h"
-#include "dialogs/palettetextencoderdialog.h"
-#include "dialogs/selectionpatterndialog.h"
-#include "document/macroplayer.h"
+#include "dialogs/palettedbdialog.h"
 #include "pal_gen/colorinterpolationdialog.h"
 #include "pal_gen/cosinepalettedialog.h"
 #include "pal_manip/blurdialog.h"
@@ -16,22 +13,53 @@
 #include "pal_manip/huesaturationvaluedialog.h"
 #include "pal_manip/shiftorderdialog.h"
 #include "pal_manip/tintdialog.h"
-#include "operations/paletteoperations.h"
+#include "storage/palettedatabase.h"
 #include "utils/qt/colorwidgets/paletteview.h"
 
-#include <QFileDialog>
-#include <QMessageBox>
-#include <QSaveFile>
-#include <QSettings>
+#include <QAction>
+#include <QColorDialog>
 #include <QSignalBlocker>
 #include <QStatusBar>
-#include <QTextStream>
 
-QString ChromaxisMainWindow::selectionParameters() const
+#include <cstdlib>
+
+// ---- Previews and the palette view ---------------------------------------------------------------
+
+void ChromaxisMainWindow::adaptPalette(const Palette<uint> &palette)
 {
-    if (m_document.selection().empty())
-        return QString();
-    return QStringLiteral("selection:%1\n").arg(MacroPlayer::selectionText(m_document.selection()));
+    m_document.previewPalette(palette);
+}
+
+void ChromaxisMainWindow::adaptPaletteOnly(const Palette<uint> &palette)
+{
+    // The same preview: the document shows its image through whatever palette it holds.
+    m_document.previewPalette(palette);
+}
+
+void ChromaxisMainWindow::paletteViewPaletteChange()
+{
+    m_document.setSelection(m_paletteView->selection());
+    // Some commands announce the same change twice; only a real change is a history step.
+    if (m_paletteView->palette() == m_document.palette())
+        return;
+    m_document.setPalette(m_paletteView->palette());
+}
+
+void ChromaxisMainWindow::documentSettingsChanged()
+{
+    const PaletteViewSettings &s = m_document.paletteViewSettings();
+    m_paletteView->setFixedPaletteSize(s.fixedSize);
+    m_paletteView->setMaximumPaletteSize(s.maximumSize);
+    m_paletteView->setFillColor(s.fillColor);
+    m_maximumPaletteSize = s.maximumSize;
+    action("paletteFixSize")->setChecked(s.fixedSize);
+    for (QAction *a : m_actionFamilies.value("@maxPaletteSizes"))
+        a->setChecked(a->data().toInt() == s.maximumSize);
+}
+
+void ChromaxisMainWindow::paletteViewSelectionChange()
+{
+    m_document.setSelection(m_paletteView->selection());
 }
 
 bool ChromaxisMainWindow::runPaletteDialog(PaletteDialog &dialog)
@@ -51,22 +79,85 @@ bool ChromaxisMainWindow::runPaletteDialog(PaletteDialog &dialog)
         const QSignalBlocker block(&m_document);
         adaptPalette(original);
     }
-    m_document.setPalette(dialog.result());
-    recordStep(dialog.settingsName(), dialog.settingsText() + selectionParameters());
+    m_commands.installPalette(dialog.result(), dialog.settingsName(), dialog.settingsText());
     return true;
 }
 
 void ChromaxisMainWindow::applyPaletteOperation(const QString &name)
 {
-    Palette<uint> result;
-    try {
-        result = PaletteOperations::apply(name, m_document.palette(), m_document.selection());
-    } catch (const DescribedException &e) {
-        QMessageBox::warning(this, e.title(), e.message());
+    run([&] { m_commands.applyPaletteOperation(name, m_document.selection()); });
+}
+
+void ChromaxisMainWindow::installPalette(const Palette<uint> &palette, bool modified)
+{
+    PaletteState state = m_document.paletteState();
+    state.palette = palette;
+    state.paletteModified = modified;
+    m_document.setPaletteState(state);
+}
+
+// ---- The built-in collection ---------------------------------------------------------------------
+
+void ChromaxisMainWindow::takeBuiltin(int index)
+{
+    if (run([&] { m_commands.takeBuiltin(index); }))
+        statusBar()->showMessage(m_builtinPalettes->names().value(index), 3000);
+}
+
+void ChromaxisMainWindow::paletteNextDB()
+{
+    if (m_builtinPalettes && !m_builtinPalettes->isEmpty())
+        takeBuiltin(BuiltinList::next(m_document.builtinIndex(), m_builtinPalettes->size()));
+}
+
+void ChromaxisMainWindow::palettePrevDB()
+{
+    if (m_builtinPalettes && !m_builtinPalettes->isEmpty())
+        takeBuiltin(BuiltinList::prior(m_document.builtinIndex(), m_builtinPalettes->size()));
+}
+
+void ChromaxisMainWindow::paletteRandomDB()
+{
+    if (m_builtinPalettes && !m_builtinPalettes->isEmpty())
+        takeBuiltin(BuiltinList::random(std::rand() & 0x7FFF, m_builtinPalettes->size()));
+}
+
+void ChromaxisMainWindow::paletteBrowseDB()
+{
+    if (!m_builtinPalettes)
         return;
-    }
-    m_document.setPalette(result);
-    recordStep(name, selectionParameters());
+    PaletteDBDialog dialog(*m_builtinPalettes, m_builtinPalettes->names().value(m_document.builtinIndex()), this);
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedName().isEmpty())
+        return;
+    takeBuiltin(m_builtinPalettes->names().indexOf(dialog.selectedName()));
+}
+
+// ---- Size and fill colour ------------------------------------------------------------------------
+
+void ChromaxisMainWindow::paletteFixSize()
+{
+    m_commands.setFixedPaletteSize(action("paletteFixSize")->isChecked());
+}
+
+void ChromaxisMainWindow::paletteSetDefaultColor()
+{
+    const RGBAColor<uint> fill = m_paletteView->fillColor();
+    const QColor chosen = QColorDialog::getColor(QColor::fromRgba64(quint16(fill.r), quint16(fill.g),
+                                                                     quint16(fill.b), quint16(fill.a)),
+                                                 this, tr("Set default color"), QColorDialog::ShowAlphaChannel);
+    if (!chosen.isValid())
+        return;
+    const QRgba64 c = chosen.rgba64();
+    m_commands.setFillColor({c.red(), c.green(), c.blue(), c.alpha()});
+}
+
+void ChromaxisMainWindow::setPaletteSizeTo(int size)
+{
+    size = qBound(0, size, m_maximumPaletteSize);
+    if (size == m_document.palette().size())
+        return;
+    if (!m_commands.setPaletteSize(size))
+        statusBar()->showMessage(tr("The palette size is fixed"), 3000);
 }
 
 // ---- Generators without settings -----------------------------------------------------------------
@@ -185,87 +276,4 @@ void ChromaxisMainWindow::paletteManipulateGradientTint()
     }
     GradientTintDialog dialog(m_document.palette(), m_document.selection(), m_presets.connectionName(), this);
     runPaletteDialog(dialog);
-}
-
-// ---- Selection pattern ---------------------------------------------------------------------------
-
-void ChromaxisMainWindow::selectPattern()
-{
-    const std::set<int> original = m_document.selection();
-    SelectionPatternDialog dialog(m_document.palette().size(), m_presets.connectionName(), this);
-    connect(&dialog, &SelectionPatternDialog::selectionChanged, this,
-            [this](const std::set<int> &selection) { m_document.setSelection(selection); });
-    dialog.start();
-    if (dialog.exec() != QDialog::Accepted) {
-        m_document.setSelection(original);
-        return;
-    }
-    m_document.setSelection(dialog.result());
-    recordStep(QStringLiteral("select_pattern"), dialog.settingsText());
-}
-
-// ---- Text export and the clipboard template ------------------------------------------------------
-
-void ChromaxisMainWindow::exportPaletteToText()
-{
-    PaletteTextEncoderDialog dialog(m_document.palette(), m_presets.connectionName(), this);
-    dialog.start();
-    if (dialog.exec() != QDialog::Accepted)
-        return;
-    const QString filters = tr("All text formats (") + QStringLiteral("*.html *.php *.css *.js *.txt") +
-                            QStringLiteral(");;") +
-                            tr("HTML files (*.html *.php);;CSS files (*.css);;Javascript files (*.js);;Text "
-                               "files (*.txt)") +
-                            QStringLiteral(";;") + tr("All files (* *.*)");
-    const QString path = QFileDialog::getSaveFileName(this, tr("Export palette as text"),
-                                                      dialogDirectory("default_palette_dir"), filters);
-    if (path.isEmpty())
-        return;
-    rememberDirectory("default_palette_dir", path);
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
-        QMessageBox::warning(this, tr("Could not save"),
-                             tr("Unable to save palette under\n%1.\nCould not open file.").arg(path));
-        return;
-    }
-    {
-        QTextStream stream(&file);
-        PaletteTextEncoder::encode(dialog.encoderTemplate(), m_document.palette(), {}, stream);
-        stream.flush();
-    }
-    if (!file.commit()) {
-        QMessageBox::warning(this, tr("Could not save"),
-                             tr("Unable to save palette under\n%1.\nCould not open file.").arg(path));
-        return;
-    }
-    recordStep(QStringLiteral("export_palette_text"), QStringLiteral("filename:%1\n").arg(path));
-    statusBar()->showMessage(tr("Palette exported"), 2000);
-}
-
-void ChromaxisMainWindow::settingsPaletteCopyFormat()
-{
-    PaletteTextEncoderDialog dialog(m_document.palette(), m_presets.connectionName(), this);
-    dialog.start();
-    // The clipboard's own template is what the user came to change; the encoding plays no part there.
-    PaletteTextEncoder::Template current = dialog.encoderTemplate();
-    current.header = m_paletteView->clipboardHeader();
-    current.entry = m_paletteView->clipboardEntry();
-    current.divider = m_paletteView->clipboardDivider();
-    current.bottom = m_paletteView->clipboardBottom();
-    if (!(current == dialog.encoderTemplate())) {
-        dialog.setEncoderTemplate(current);
-        dialog.settingsIO()->markModified();
-    }
-    if (dialog.exec() != QDialog::Accepted)
-        return;
-    const PaletteTextEncoder::Template chosen = dialog.encoderTemplate();
-    m_paletteView->setClipboardHeader(chosen.header);
-    m_paletteView->setClipboardEntry(chosen.entry);
-    m_paletteView->setClipboardDivider(chosen.divider);
-    m_paletteView->setClipboardBottom(chosen.bottom);
-    QSettings s;
-    s.setValue("pal_clipboard_header", chosen.header);
-    s.setValue("pal_clipboard_entry", chosen.entry);
-    s.setValue("pal_clipboard_divider", chosen.divider);
-    s.setValue("pal_clipboard_footer", chosen.bottom);
 }

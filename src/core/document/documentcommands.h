@@ -1,0 +1,121 @@
+#pragma once
+
+#include "conversion/imageconvertsettings.h"
+#include "conversion/imagequantisizesettings.h"
+#include "document/documentimage.h"
+#include "export/palettetextencoder.h"
+#include "palette/palette.h"
+#include "storage/settingstext.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <set>
+#include <vector>
+
+class ChromaxisDocument;
+class PaletteDatabase;
+
+// The commands that change a document, written once for every face: the window's slots gather
+// what the user chose and call them, the macro player maps each step name to one of them, and
+// the command line runs them on a document without a window. A command changes the document
+// (one history step, grouped where it changes palette and image together), then records its
+// macro step. Failures throw DescribedException before anything has changed.
+class DocumentCommands
+{
+public:
+    // A replay must not record what it replays: the recorder would double every step.
+    enum Recording { RecordSteps, DoNotRecord };
+
+    DocumentCommands(ChromaxisDocument &document, const PaletteDatabase *builtins,
+                     Recording recording = RecordSteps);
+
+    ChromaxisDocument &document() { return m_document; }
+    const PaletteDatabase *builtins() const { return m_builtins; }
+
+    // ---- Images
+    // What happens to an RGB image right after it is opened ("rgb action" of the settings):
+    // 0 ask, 1 keep it, 2 the conversion dialog, 3..9 one of the fast conversions.
+    enum RgbOnLoad { RgbAsk = 0, RgbKeep = 1, RgbConvertDialog = 2, RgbLastAction = 9 };
+    // The fast conversion an RGB-on-load action runs; empty for the actions that are no conversion.
+    static QString rgbOnLoadConversion(int action);
+    // Opens an image file as the document's image. An RGB image then meets the RGB-on-load rule:
+    // the conversions run here; the actions that need the user (ask, the dialog) are returned
+    // for the caller to carry out, RgbKeep when nothing is left to do.
+    int loadImage(const QString &path, int rgbAction = RgbKeep);
+    // Writes the image rendered through the palette; the document takes the new file name.
+    void saveImage(const QString &path);
+    void closeImage();
+    void setInterpolate(bool interpolate);
+
+    // ---- Palettes
+    // Loading a palette discards an RGB image: no palette can show it. Callers that can ask the
+    // user do so when this is true.
+    bool loadingPaletteDiscardsImage() const;
+    void loadPalette(const QString &path);
+    void savePalette(const QString &path);
+    // The whole palette as text through an encoder template.
+    void exportPaletteText(const QString &path, const PaletteTextEncoder::Template &encoderTemplate);
+    // A palette of the built-in collection, by its full name or its position.
+    void takeBuiltin(const QString &name);
+    void takeBuiltin(int index);
+    // A palette operation of the core by its step name, acting on the selected entries.
+    void applyPaletteOperation(const QString &name, const std::set<int> &selection,
+                               const SettingsText::Pairs &settings = {});
+    // The result of a palette dialog, recorded under the dialog's step with its settings text and
+    // the document's selection.
+    void installPalette(const Palette<uint> &palette, const QString &step, const QString &settingsText);
+    // False when the size is fixed or out of range: the palette stays as it is.
+    bool setPaletteSize(int size);
+    void setMaximumPaletteSize(int size);
+    void setFixedPaletteSize(bool fixed);
+    void setFillColor(const RGBAColor<uint> &color);
+
+    // ---- Edits of the selected entries (the window edits through its palette view, whose
+    // clipboard is the system's; these carry the same edits for replays and scripts)
+    std::vector<RGBAColor<uint>> copy(const std::set<int> &selection) const;
+    void paste(const std::set<int> &selection, const std::vector<RGBAColor<uint>> &colors, bool single);
+    void replace(const std::set<int> &selection, const std::vector<RGBAColor<uint>> &colors);
+    void remove(const std::set<int> &selection);
+    void setColor(const std::set<int> &selection, const RGBAColor<uint> &color);
+
+    // ---- Selection files
+    void loadSelection(const QString &path);
+    void saveSelection(const QString &path);
+    void selectPattern(const SettingsText::Pairs &settings);
+
+    // ---- Conversions: each replaces image and palette as one history step
+    // Throws for an unknown name or a document without an image.
+    void fastConvert(const QString &step);
+    // The fast conversion that would leave the image as it is (already in its target mode).
+    bool fastConversionChangesNothing(const QString &step) const;
+    // Returns the palettes that could not be found and were replaced by grayscale.
+    QStringList convertImage(const ImageConvertSettings &settings);
+    QStringList quantiseImage(const ImageQuantisizeSettings &settings);
+    // The result of a conversion dialog, recorded under step with its settings text.
+    void installConversion(const DocumentImage &image, const Palette<uint> &palette, const QString &step,
+                           const QString &settingsText = {});
+
+    // ---- Projects and the document as a whole
+    void newProject();
+    void openProject(const QString &path);
+    void saveProject(const QString &path);
+    // The document a file becomes when opened: a project restores the whole state, a palette file
+    // becomes the palette, anything else is opened as an image.
+    void open(const QString &path);
+    void clearHistory();
+    // Steps that move only the view; recorded so a replay keeps the user's sequence.
+    void recordViewStep(const QString &step);
+
+    // The "selection:..." line a step carries for the entries it acted on; empty for none.
+    static QString selectionLine(const std::set<int> &selection);
+
+private:
+    void record(const QString &step, const QString &parameters = {});
+    void replaceImageAndPalette(const DocumentImage &image, const Palette<uint> &palette);
+    void requireImage(const QString &step) const;
+
+    ChromaxisDocument &m_document;
+    const PaletteDatabase *m_builtins;
+    Recording m_recording;
+};
