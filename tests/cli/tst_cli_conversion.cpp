@@ -19,6 +19,7 @@ private slots:
     void fastToProject();
     void projectInputGivesItsPalette();
     void missingPaletteIsReported();
+    void batchAppliesAndReportsFailures();
     void failures_data();
     void failures();
 
@@ -147,6 +148,28 @@ void TestCliConversion::missingPaletteIsReported()
     QCOMPARE(r.code, 0);
     QVERIFY(r.err.contains("nobody/nothing"));
     QCOMPARE(ProjectFile::read(path("missing.cxw")).palette.size(), 256);
+}
+
+// Each file becomes OUTDIR/<base name><extension>; a bad file is reported and the run goes on.
+void TestCliConversion::batchAppliesAndReportsFailures()
+{
+    const QString out = path("batch/out");
+    const CliRun r = runCli({"image", "batch", out, path("photo.png"), path("junk.png"), path("tiny.png"), "--set",
+                             "extension=.bmp", "--set", "palette=1"});
+    QCOMPARE(r.code, 1);
+    QVERIFY2(r.err.startsWith(QStringLiteral("2 of 3 images were written to ")), qPrintable(r.err));
+    QVERIFY2(r.err.contains(QStringLiteral("These images failed:\njunk.png: ")), qPrintable(r.err));
+    const QImage photo(out + "/photo.bmp");
+    QCOMPARE(photo.size(), QSize(8, 6));
+    QVERIFY(QFile::exists(out + "/tiny.bmp"));
+    QVERIFY(!QFile::exists(out + "/junk.bmp"));
+    // Extended grayscale shows every pixel grey.
+    QCOMPARE(qRed(photo.pixel(7, 5)), qGreen(photo.pixel(7, 5)));
+
+    const CliRun clean = runCli({"image", "batch", path("batch/again"), path("tiny.png")});
+    QCOMPARE(clean.code, 0);
+    QCOMPARE(clean.err, QString());
+    QVERIFY(QFile::exists(path("batch/again/tiny.png")));
 }
 
 void TestCliConversion::failures_data()

@@ -79,7 +79,7 @@ BatchApply::Report BatchApply::run(const QFileInfoList &files, const Progress &p
     if (progress)
         QObject::connect(&converter, &ImageConversionEngine::progressChanged, &converter,
                          [&](int, int percent) {
-                             if (!progress(current, report.total, currentName, qBound(0, percent, 99)))
+                             if (!progress(current, report.total, currentName, qBound(1, percent, 99)))
                                  converter.cancel();
                          });
     for (current = 0; current < report.total && !report.cancelled; ++current) {

@@ -32,7 +32,7 @@ public:
         QString text(const QString &folder) const;
     };
 
-    // Called before each file (percent 0) and while it converts; index counts from 0. Returning
+    // Called before each file (percent 0) and while it converts (1..99); index counts from 0. Returning
     // false cancels the run after the current file.
     using Progress = std::function<bool(int index, int count, const QString &fileName, int percent)>;
 

@@ -1,0 +1,359 @@
+#include "conversion/batchapply.h"
+#include "document/chromaxisdocument.h"
+#include "document/documentcommands.h"
+#include "document/macroplayer.h"
+#include "formats/paletteformats.h"
+#include "palette/describedexception.h"
+#include "storage/documentimageio.h"
+#include "storage/palettedatabase.h"
+
+#include <QImage>
+#include <QTemporaryDir>
+#include <QtTest>
+
+namespace {
+
+Palette<uint> rampOf(int size)
+{
+    Palette<uint> p;
+    for (int i = 0; i < size; ++i) {
+        const uint v = uint(i * 65535 / qMax(1, size - 1));
+        p.append({v, 65535 - v, v / 2, 65535});
+    }
+    return p;
+}
+
+QString writeRgbImage(const QString &path, int width = 4, int height = 3)
+{
+    QImage picture(width, height, QImage::Format_ARGB32);
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+            picture.setPixel(x, y, qRgb(x * 60, y * 80, 200));
+    if (!picture.save(path))
+        qFatal("cannot write %s", qPrintable(path));
+    return path;
+}
+
+QString writePalette(const QString &path, const Palette<uint> &palette)
+{
+    exportPalette(path, palette, formatFromWord(QFileInfo(path).suffix()));
+    return path;
+}
+
+PaletteDatabase smallDatabase()
+{
+    PaletteDatabase db;
+    db.loadFromText("first/warm;ff0000ff8000ffff00;\nsecond/cold;0000ff00ffff;\n");
+    return db;
+}
+
+QVector<QRgb> pixelsOf(const QImage &picture)
+{
+    QVector<QRgb> pixels;
+    for (int y = 0; y < picture.height(); ++y)
+        for (int x = 0; x < picture.width(); ++x)
+            pixels << picture.pixel(x, y);
+    return pixels;
+}
+
+QString messageOf(const std::function<void()> &f)
+{
+    try {
+        f();
+    } catch (const DescribedException &e) {
+        return e.title() + QStringLiteral(": ") + e.message();
+    }
+    return QString();
+}
+
+} // namespace
+
+class TestDocumentCommands : public QObject
+{
+    Q_OBJECT
+private slots:
+    void init() { QVERIFY(m_dir.isValid()); }
+
+    void refusedCommandsChangeNothing_data();
+    void refusedCommandsChangeNothing();
+    void paletteOverRgbImageIsOneStep();
+    void rgbOnLoadRule_data();
+    void rgbOnLoadRule();
+    void builtinPalettes();
+    void recordedCommandsReplayAlike();
+    void replayDoesNotRecord();
+    void batchApplyWritesAndReports();
+    void batchApplyCancelsAndRefusesFolder();
+
+private:
+    QTemporaryDir m_dir;
+};
+
+// A command that fails says why and leaves the document, its history and its recording alone.
+void TestDocumentCommands::refusedCommandsChangeNothing_data()
+{
+    QTest::addColumn<QString>("command");
+    QTest::addColumn<QString>("message");
+    QTest::newRow("unknown palette format") << "loadPalette" << "Could not load: Unable to load palette x.zzz.\nUnrecognized format.";
+    QTest::newRow("missing image file") << "loadImage" << "";
+    QTest::newRow("database name") << "takeBuiltin" << "Palette database: There is no palette named 'nobody/none' in the database.";
+    QTest::newRow("database position") << "takeBuiltinIndex" << "Palette database: There is no palette at position 7 in the database.";
+    QTest::newRow("conversion without image") << "fastConvert" << "No image: The command 'image_convert_grayscale' needs an image.";
+    QTest::newRow("maximum below image") << "maximum" << "Image conflict: The current image may use more colors than the new maximum value.\nPlease close the image first.";
+    QTest::newRow("save palette unknown format") << "savePalette" << "Could not save: Unable to save palette p.zzz.\nUnrecognized format.";
+}
+
+void TestDocumentCommands::refusedCommandsChangeNothing()
+{
+    QFETCH(QString, command);
+    QFETCH(QString, message);
+    const PaletteDatabase db = smallDatabase();
+    ChromaxisDocument doc;
+    DocumentCommands commands(doc, &db);
+    doc.setPaletteState({rampOf(8), 0, QString(), false, false}, true);
+    if (command == QLatin1String("maximum"))
+        doc.setImageState({DocumentImage::fromIndexes8(2, 1, {0, 7}), QString(), false}, true);
+    doc.setRecording(true);
+    const Palette<uint> before = doc.palette();
+    const int mode = doc.imageMode();
+
+    const QString got = messageOf([&] {
+        if (command == QLatin1String("loadPalette"))
+            commands.loadPalette(m_dir.filePath("x.zzz"));
+        else if (command == QLatin1String("loadImage"))
+            commands.loadImage(m_dir.filePath("absent.png"));
+        else if (command == QLatin1String("takeBuiltin"))
+            commands.takeBuiltin(QStringLiteral("nobody/none"));
+        else if (command == QLatin1String("takeBuiltinIndex"))
+            commands.takeBuiltin(7);
+        else if (command == QLatin1String("fastConvert"))
+            commands.fastConvert(QStringLiteral("image_convert_grayscale"));
+        else if (command == QLatin1String("maximum"))
+            commands.setMaximumPaletteSize(256);
+        else if (command == QLatin1String("savePalette"))
+            commands.savePalette(m_dir.filePath("p.zzz"));
+    });
+    QVERIFY2(!got.isEmpty(), "the command must fail");
+    if (!message.isEmpty())
+        QCOMPARE(got, message);
+    QCOMPARE(doc.palette(), before);
+    QCOMPARE(doc.imageMode(), mode);
+    QCOMPARE(doc.history().count(), 0);
+    QCOMPARE(doc.macros().position(), 0);
+}
+
+// No palette can show an RGB image, so loading one closes the image; undo brings both back.
+void TestDocumentCommands::paletteOverRgbImageIsOneStep()
+{
+    ChromaxisDocument doc;
+    DocumentCommands commands(doc, nullptr);
+    const QString image = writeRgbImage(m_dir.filePath("photo.png"));
+    const QString gpl = writePalette(m_dir.filePath("ramp.gpl"), rampOf(5));
+    QCOMPARE(commands.loadImage(image), int(DocumentCommands::RgbKeep));
+    QCOMPARE(doc.imageMode(), int(DocumentImage::RGB));
+    QVERIFY(commands.loadingPaletteDiscardsImage());
+    const int steps = doc.history().position();
+
+    commands.loadPalette(gpl);
+    QVERIFY(!doc.hasImage());
+    QCOMPARE(doc.palette().size(), 5);
+    QCOMPARE(doc.paletteFileName(), gpl);
+    QVERIFY(!doc.isPaletteModified());
+    QCOMPARE(doc.history().position(), steps + 1);
+
+    QVERIFY(doc.undo());
+    QCOMPARE(doc.imageMode(), int(DocumentImage::RGB));
+    QVERIFY(doc.palette().size() != 5);
+    QVERIFY(doc.redo());
+    QVERIFY(!doc.hasImage());
+    QCOMPARE(doc.palette().size(), 5);
+}
+
+void TestDocumentCommands::rgbOnLoadRule_data()
+{
+    QTest::addColumn<int>("action");
+    QTest::addColumn<int>("pending");
+    QTest::addColumn<int>("mode");
+    QTest::addColumn<QStringList>("steps");
+    const QStringList load{"load_image"};
+    QTest::newRow("ask") << 0 << 0 << int(DocumentImage::RGB) << load;
+    QTest::newRow("keep") << 1 << 1 << int(DocumentImage::RGB) << load;
+    QTest::newRow("dialog") << 2 << 2 << int(DocumentImage::RGB) << load;
+    QTest::newRow("grayscale") << 3 << 1 << int(DocumentImage::Indexed8)
+                               << QStringList{"load_image", "image_convert_grayscale"};
+    QTest::newRow("continuous grayscale") << 5 << 1 << int(DocumentImage::Continuous)
+                                          << QStringList{"load_image", "image_convert_continuous_grayscale"};
+    QTest::newRow("32-bit") << 9 << 1 << int(DocumentImage::Indexed32)
+                            << QStringList{"load_image", "image_convert_indexed32bitint"};
+    QTest::newRow("out of range keeps") << 10 << 1 << int(DocumentImage::RGB) << load;
+}
+
+void TestDocumentCommands::rgbOnLoadRule()
+{
+    QFETCH(int, action);
+    QFETCH(int, pending);
+    QFETCH(int, mode);
+    QFETCH(QStringList, steps);
+    ChromaxisDocument doc;
+    doc.setPaletteState({rampOf(16), 0, QString(), false, false}, true);
+    doc.setRecording(true);
+    DocumentCommands commands(doc, nullptr);
+    QCOMPARE(commands.loadImage(writeRgbImage(m_dir.filePath("rgb.png")), action), pending);
+    QCOMPARE(doc.imageMode(), mode);
+    QStringList recorded;
+    for (const MacroFile::Step &s : MacroFile::stepsOf(doc.macros()))
+        recorded << s.name;
+    QCOMPARE(recorded, steps);
+}
+
+void TestDocumentCommands::builtinPalettes()
+{
+    const PaletteDatabase db = smallDatabase();
+    ChromaxisDocument doc;
+    doc.setRecording(true);
+    DocumentCommands commands(doc, &db);
+    commands.takeBuiltin(1);
+    QCOMPARE(doc.builtinIndex(), 1);
+    QCOMPARE(doc.palette().size(), 2);
+    QCOMPARE(doc.palette().property(PaletteName), QStringLiteral("second/cold"));
+    QVERIFY(doc.isPaletteModified());
+    QVERIFY(doc.paletteFileName().isEmpty());
+    const std::vector<MacroFile::Step> steps = MacroFile::stepsOf(doc.macros());
+    QCOMPARE(int(steps.size()), 1);
+    QCOMPARE(steps[0].name, QStringLiteral("palette_from_db"));
+    QCOMPARE(steps[0].parameters, QStringLiteral("name:second/cold\n"));
+}
+
+// What the window records through the commands, the player replays through the same commands:
+// the two documents must end alike.
+void TestDocumentCommands::recordedCommandsReplayAlike()
+{
+    const PaletteDatabase db = smallDatabase();
+    const QString gpl = writePalette(m_dir.filePath("ramp.gpl"), rampOf(12));
+    const QString image = writeRgbImage(m_dir.filePath("scene.png"), 6, 5);
+    const QString selectionFile = m_dir.filePath("selection.txt");
+
+    ChromaxisDocument recorded;
+    recorded.setRecording(true);
+    DocumentCommands c(recorded, &db);
+    c.loadPalette(gpl);
+    c.loadImage(image, 3);
+    c.setFillColor({100, 200, 300, 65535});
+    c.setFixedPaletteSize(false);
+    c.setPaletteSize(20);
+    // Clicks in the palette view are no steps; a selection file is how a macro gets a selection.
+    writeSelectionFile(selectionFile, {1, 2, 3});
+    c.loadSelection(selectionFile);
+    c.applyPaletteOperation(QStringLiteral("palette_invert_order"), recorded.selection());
+    c.setColor({0, 5}, {1, 2, 3, 4});
+    const std::vector<RGBAColor<uint>> copied = c.copy({4, 5});
+    c.paste({10}, copied, false);
+    c.remove({0});
+    c.loadSelection(selectionFile);
+    c.fastConvert(QStringLiteral("image_convert_indexed32bitint"));
+    c.setInterpolate(true);
+    c.takeBuiltin(QStringLiteral("first/warm"));
+
+    ChromaxisDocument replayed;
+    MacroPlayer player(&db);
+    const MacroPlayer::Report report = player.play(replayed, MacroFile::stepsOf(recorded.macros()));
+    QVERIFY2(report.skipped.isEmpty(), qPrintable(report.skipped.join(',')));
+    QCOMPARE(replayed.palette(), recorded.palette());
+    QCOMPARE(replayed.paletteViewSettings(), recorded.paletteViewSettings());
+    QCOMPARE(replayed.imageMode(), recorded.imageMode());
+    QCOMPARE(replayed.image().interpolate(), recorded.image().interpolate());
+    QCOMPARE(pixelsOf(replayed.image().picture()), pixelsOf(recorded.image().picture()));
+    QCOMPARE(replayed.selection(), recorded.selection());
+    QCOMPARE(replayed.builtinIndex(), recorded.builtinIndex());
+}
+
+void TestDocumentCommands::replayDoesNotRecord()
+{
+    ChromaxisDocument doc;
+    doc.setRecording(true);
+    MacroPlayer player(nullptr);
+    player.play(doc, {{QStringLiteral("palette_fix_size"), QStringLiteral("fixed:1\n")}});
+    QVERIFY(doc.paletteViewSettings().fixedSize);
+    QCOMPARE(doc.macros().position(), 0);
+}
+
+void TestDocumentCommands::batchApplyWritesAndReports()
+{
+    const QString source = m_dir.filePath("batch-in");
+    QVERIFY(QDir().mkpath(source));
+    writeRgbImage(source + "/a.png", 5, 4);
+    writeRgbImage(source + "/b.bmp", 3, 3);
+    QFile broken(source + "/c.png");
+    QVERIFY(broken.open(QIODevice::WriteOnly));
+    broken.write("not a picture");
+    broken.close();
+
+    ImageConvertSettings settings;
+    settings.palette = 2; // the current palette
+    settings.folder = m_dir.filePath("batch-out/deeper");
+    settings.extension = QStringLiteral(".png");
+    const BatchApply batch(settings, rampOf(4), nullptr);
+    const QFileInfoList files = BatchApply::imageFiles(source);
+    QCOMPARE(files.size(), 3);
+    QCOMPARE(batch.existingTargets(files), 0);
+
+    QStringList seen;
+    const BatchApply::Report report = batch.run(files, [&](int index, int count, const QString &name, int percent) {
+        if (percent == 0)
+            seen << QStringLiteral("%1/%2 %3").arg(index + 1).arg(count).arg(name);
+        return true;
+    });
+    QCOMPARE(seen, (QStringList{"1/3 a.png", "2/3 b.bmp", "3/3 c.png"}));
+    QCOMPARE(report.total, 3);
+    QCOMPARE(report.written, 2);
+    QVERIFY(!report.cancelled);
+    QCOMPARE(report.failures.size(), 1);
+    QVERIFY2(report.failures[0].startsWith("c.png: "), qPrintable(report.failures[0]));
+    QVERIFY(!report.failures[0].contains('\n'));
+    QVERIFY(!report.complete());
+    QVERIFY(report.text(settings.folder).startsWith(QStringLiteral("2 of 3 images were written to ")));
+    QCOMPARE(batch.existingTargets(files), 2);
+
+    // Written through the ramp: every pixel of a result is one of its four colours.
+    const DocumentImage result = DocumentImageIO::load(settings.folder + "/a.png");
+    QCOMPARE(result.width(), 5);
+    QSet<QRgb> colours;
+    const QImage picture = result.picture().convertToFormat(QImage::Format_ARGB32);
+    for (int y = 0; y < picture.height(); ++y)
+        for (int x = 0; x < picture.width(); ++x)
+            colours.insert(picture.pixel(x, y));
+    QSet<QRgb> ramp;
+    for (int i = 0; i < 4; ++i) {
+        const RGBAColor<uint> c = rampOf(4)[i];
+        ramp.insert(qRgb(int(c.r >> 8), int(c.g >> 8), int(c.b >> 8)));
+    }
+    QVERIFY(ramp.contains(colours));
+}
+
+void TestDocumentCommands::batchApplyCancelsAndRefusesFolder()
+{
+    const QString source = m_dir.filePath("cancel-in");
+    QVERIFY(QDir().mkpath(source));
+    writeRgbImage(source + "/a.png");
+    writeRgbImage(source + "/b.png");
+    ImageConvertSettings settings;
+    settings.folder = m_dir.filePath("cancel-out");
+    const BatchApply batch(settings, rampOf(4), nullptr);
+    const BatchApply::Report report =
+        batch.run(BatchApply::imageFiles(source), [](int index, int, const QString &, int) { return index < 1; });
+    QVERIFY(report.cancelled);
+    QCOMPARE(report.written, 1);
+    QVERIFY(report.text(settings.folder).contains(QStringLiteral("The run was cancelled.")));
+
+    // A destination that cannot be a folder stops the run before anything is read.
+    QFile file(m_dir.filePath("plain-file"));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.close();
+    settings.folder = m_dir.filePath("plain-file/sub");
+    const BatchApply refused(settings, rampOf(4), nullptr);
+    QCOMPARE(messageOf([&] { refused.run(BatchApply::imageFiles(source)); }),
+             QStringLiteral("Batch apply palette: Could not create the destination folder '%1'.").arg(settings.folder));
+}
+
+QTEST_GUILESS_MAIN(TestDocumentCommands)
+#include "tst_documentcommands.moc"
