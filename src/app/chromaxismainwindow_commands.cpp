@@ -61,8 +61,8 @@ void ChromaxisMainWindow::showImage()
         m_imageView->hide();
         return;
     }
-    m_imageView->setPixmap(QPixmap::fromImage(m_document.image().picture()));
-    m_imageView->resize(m_document.image().picture().size() * m_scale);
+    m_imageView->setPixmap(QPixmap::fromImage(m_document.displayedPicture()));
+    m_imageView->resize(m_document.displayedPicture().size() * m_scale);
     m_imageView->show();
 }
 
@@ -76,28 +76,27 @@ void ChromaxisMainWindow::installPalette(const Palette<uint> &palette, bool modi
 
 void ChromaxisMainWindow::adaptPalette(const Palette<uint> &palette)
 {
-    m_document.previewPalette(palette);
+    m_document.setPreviewPalette(palette, ChromaxisDocument::PaletteOrigin::Edit);
 }
 
 void ChromaxisMainWindow::adaptPaletteOnly(const Palette<uint> &palette)
 {
-    // The same preview: the document shows its image through whatever palette it holds.
-    m_document.previewPalette(palette);
+    m_document.setPreviewPalette(palette, ChromaxisDocument::PaletteOrigin::Generator);
 }
 
 void ChromaxisMainWindow::paletteViewPaletteChange()
 {
     m_document.setSelection(m_paletteView->selection());
     // Some commands announce the same change twice; only a real change is a history step.
-    if (m_paletteView->palette() == m_document.palette())
+    if (m_paletteView->palette() == m_document.displayedPalette())
         return;
     m_document.setPalette(m_paletteView->palette());
 }
 
 void ChromaxisMainWindow::documentPaletteChanged()
 {
-    if (m_paletteView->palette() != m_document.palette())
-        m_paletteView->setPalette(m_document.palette());
+    if (m_paletteView->palette() != m_document.displayedPalette())
+        m_paletteView->setPalette(m_document.displayedPalette());
     showImage();
     updateProperties();
 }

@@ -23,7 +23,6 @@
 #include <QMessageBox>
 #include <QSaveFile>
 #include <QSettings>
-#include <QSignalBlocker>
 #include <QStatusBar>
 #include <QTextStream>
 
@@ -36,22 +35,20 @@ QString ChromaxisMainWindow::selectionParameters() const
 
 bool ChromaxisMainWindow::runPaletteDialog(PaletteDialog &dialog)
 {
-    const Palette<uint> original = m_document.palette();
-    connect(&dialog, &PaletteDialog::paletteChanged, this, &ChromaxisMainWindow::adaptPalette);
+    const auto adapt =
+        ChromaxisDocument::originOf(dialog.settingsName()) == ChromaxisDocument::PaletteOrigin::Generator
+            ? &ChromaxisMainWindow::adaptPaletteOnly
+            : &ChromaxisMainWindow::adaptPalette;
+    const ChromaxisDocument::PreviewScope preview(m_document);
+    const QMetaObject::Connection live = connect(&dialog, &PaletteDialog::paletteChanged, this, adapt);
     dialog.start();
     const bool accepted = dialog.exec() == QDialog::Accepted;
-    disconnect(&dialog, &PaletteDialog::paletteChanged, this, &ChromaxisMainWindow::adaptPalette);
-    if (!accepted) {
-        adaptPalette(original);
+    disconnect(live);
+    if (!accepted)
         return false;
-    }
-    {
-        // The history step must go from the palette the dialog started with; the views need not
-        // show it in between, since the result follows at once.
-        const QSignalBlocker block(&m_document);
-        adaptPalette(original);
-    }
-    m_document.setPalette(dialog.result());
+    // What is committed is the result itself, even if the dialog never announced it.
+    (this->*adapt)(dialog.result());
+    m_document.commitPreview();
     recordStep(dialog.settingsName(), dialog.settingsText() + selectionParameters());
     return true;
 }
@@ -65,7 +62,7 @@ void ChromaxisMainWindow::applyPaletteOperation(const QString &name)
         QMessageBox::warning(this, e.title(), e.message());
         return;
     }
-    m_document.setPalette(result);
+    m_document.setPaletteResult(result, ChromaxisDocument::originOf(name));
     recordStep(name, selectionParameters());
 }
 

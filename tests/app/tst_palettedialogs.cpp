@@ -226,8 +226,11 @@ void TestPaletteDialogs::dialogPreviewsCancelsAndInstalls()
         const Palette<uint> opened = w.document().palette();
         moveControl(d, control, value);
         QCoreApplication::processEvents();
-        live = w.document().palette() != opened && w.document().palette() == d->result() &&
-               w.paletteView()->palette() == d->result();
+        live = w.document().displayedPalette().entries() == d->result().entries() &&
+               w.document().displayedPalette() != opened &&
+               w.paletteView()->palette() == w.document().displayedPalette() &&
+               w.document().palette() == opened && w.document().history().count() == 0 &&
+               !w.document().isPaletteModified();
         shown = imageShows(w, d->result());
         clickButton(d, QDialogButtonBox::Cancel);
     });
@@ -393,7 +396,8 @@ void TestPaletteDialogs::lastUsedSettingsReturn()
     handleNextDialog<PaletteDialog>([&](PaletteDialog *d) {
         brightness = d->findChild<QCombinedSliderSpin *>("brightness")->value();
         // Opening previews the restored settings on the palette the dialog starts from.
-        livePreviewOnOpen = w.document().palette() != installed;
+        livePreviewOnOpen =
+            w.document().displayedPalette() != installed && w.document().palette() == installed;
         clickButton(d, QDialogButtonBox::Cancel);
     });
     w.action("paletteManipulateBrightnessContrast")->trigger();

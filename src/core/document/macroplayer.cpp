@@ -228,7 +228,9 @@ MacroPlayer::Report MacroPlayer::play(ChromaxisDocument &document, const std::ve
                 settings.emplace_back(colon < 0 ? line.trimmed() : line.left(colon),
                                       colon < 0 ? QString() : line.mid(colon + 1));
             }
-            document.setPalette(PaletteOperations::apply(step.name, document.palette(), selection, settings));
+            document.setPaletteResult(
+                PaletteOperations::apply(step.name, document.palette(), selection, settings),
+                ChromaxisDocument::originOf(step.name));
         } else {
             report.skipped << step.name;
             continue;
