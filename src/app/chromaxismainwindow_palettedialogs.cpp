@@ -35,6 +35,7 @@ QString ChromaxisMainWindow::selectionParameters() const
 
 bool ChromaxisMainWindow::runPaletteDialog(PaletteDialog &dialog)
 {
+    // A generator's result is a palette alone; every other dialog changes the current palette.
     const auto adapt =
         ChromaxisDocument::originOf(dialog.settingsName()) == ChromaxisDocument::PaletteOrigin::Generator
             ? &ChromaxisMainWindow::adaptPaletteOnly
