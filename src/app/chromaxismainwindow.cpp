@@ -86,7 +86,8 @@ ChromaxisMainWindow::ChromaxisMainWindow(PaletteDatabase *builtinPalettes, QWidg
     connect(m_imageView, &ImageLabel::zoomChanged, this, &ChromaxisMainWindow::zoomChanged);
     connect(m_paletteView, &PaletteView::paletteChanged, this, &ChromaxisMainWindow::paletteViewPaletteChange);
     connect(m_paletteView, &PaletteView::selectionChanged, this, &ChromaxisMainWindow::paletteViewSelectionChange);
-    connect(&m_document, &ChromaxisDocument::paletteChanged, this, &ChromaxisMainWindow::documentPaletteChanged);
+    connect(&m_document, &ChromaxisDocument::displayedPaletteChanged, this,
+            &ChromaxisMainWindow::documentPaletteChanged);
     connect(&m_document, &ChromaxisDocument::imageChanged, this, &ChromaxisMainWindow::documentImageChanged);
     connect(&m_document, &ChromaxisDocument::paletteViewSettingsChanged, this,
             &ChromaxisMainWindow::documentSettingsChanged);
@@ -282,9 +283,9 @@ void ChromaxisMainWindow::updateActions()
 
 void ChromaxisMainWindow::updateProperties()
 {
-    const Palette<uint> &p = m_document.palette();
+    const Palette<uint> &p = m_document.displayedPalette();
     m_properties->setPaletteProperties(p.property(PaletteName), p.property(PaletteComment),
-                                       QFileInfo(m_document.paletteFileName()).fileName(), p.size());
+                                       QFileInfo(m_document.displayedPaletteFileName()).fileName(), p.size());
     m_properties->setImageProperties(QFileInfo(m_document.imageFileName()).fileName(), m_document.imageHeight(),
                                      m_document.imageWidth(),
                                      ChromaxisDocument::modeText(m_document.imageMode(),
@@ -351,15 +352,15 @@ void ChromaxisMainWindow::showImage()
         m_imageView->hide();
         return;
     }
-    m_imageView->setPixmap(QPixmap::fromImage(m_document.image().picture()));
-    m_imageView->resize(m_document.image().picture().size() * m_scale);
+    m_imageView->setPixmap(QPixmap::fromImage(m_document.displayedPicture()));
+    m_imageView->resize(m_document.displayedPicture().size() * m_scale);
     m_imageView->show();
 }
 
 void ChromaxisMainWindow::documentPaletteChanged()
 {
-    if (m_paletteView->palette() != m_document.palette())
-        m_paletteView->setPalette(m_document.palette());
+    if (m_paletteView->palette() != m_document.displayedPalette())
+        m_paletteView->setPalette(m_document.displayedPalette());
     showImage();
     updateProperties();
 }

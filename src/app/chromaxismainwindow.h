@@ -159,9 +159,14 @@ public slots:
     void selectPattern();
     void exportPaletteToText();
     void settingsPaletteCopyFormat();
-    // Previews and the palette view
+    // Previews of the palette dialogs; neither changes the document until OK commits the preview.
+    // adaptPalette shows a changed current palette, which keeps its name and file: what the
+    // manipulations make. adaptPaletteOnly shows a palette alone, made from settings and
+    // inheriting nothing, which has no file until saved: what the generators make, so that "Save
+    // palette" cannot overwrite the old palette's file with an unrelated one.
     void adaptPalette(const Palette<uint> &palette);
     void adaptPaletteOnly(const Palette<uint> &palette);
+    // The palette view
     void paletteViewPaletteChange();
     void paletteViewSelectionChange();
 
@@ -203,8 +208,8 @@ private:
     void setPaletteSizeTo(int size);
     void setCopyFormat(int format);
     void recordStep(const QString &name, const QString &parameters = QString());
-    // Palette dialogs: live preview, Cancel restores, OK installs the result as one history step
-    // and one macro step.
+    // Palette dialogs: live preview beside the document's palette, Cancel (or any other end) drops
+    // it, OK commits the result as one history step and one macro step.
     bool runPaletteDialog(PaletteDialog &dialog);
     // A palette operation without settings, installed as one history step and one macro step.
     void applyPaletteOperation(const QString &name);

@@ -18,7 +18,6 @@
 
 #include <QAction>
 #include <QColorDialog>
-#include <QSignalBlocker>
 #include <QStatusBar>
 
 #include <cstdlib>
@@ -27,20 +26,19 @@
 
 void ChromaxisMainWindow::adaptPalette(const Palette<uint> &palette)
 {
-    m_document.previewPalette(palette);
+    m_document.setPreviewPalette(palette, ChromaxisDocument::PaletteOrigin::Edit);
 }
 
 void ChromaxisMainWindow::adaptPaletteOnly(const Palette<uint> &palette)
 {
-    // The same preview: the document shows its image through whatever palette it holds.
-    m_document.previewPalette(palette);
+    m_document.setPreviewPalette(palette, ChromaxisDocument::PaletteOrigin::Generator);
 }
 
 void ChromaxisMainWindow::paletteViewPaletteChange()
 {
     m_document.setSelection(m_paletteView->selection());
     // Some commands announce the same change twice; only a real change is a history step.
-    if (m_paletteView->palette() == m_document.palette())
+    if (m_paletteView->palette() == m_document.displayedPalette())
         return;
     m_document.setPalette(m_paletteView->palette());
 }
@@ -64,21 +62,20 @@ void ChromaxisMainWindow::paletteViewSelectionChange()
 
 bool ChromaxisMainWindow::runPaletteDialog(PaletteDialog &dialog)
 {
-    const Palette<uint> original = m_document.palette();
-    connect(&dialog, &PaletteDialog::paletteChanged, this, &ChromaxisMainWindow::adaptPalette);
+    // A generator's result is a palette alone; every other dialog changes the current palette.
+    const auto adapt =
+        ChromaxisDocument::originOf(dialog.settingsName()) == ChromaxisDocument::PaletteOrigin::Generator
+            ? &ChromaxisMainWindow::adaptPaletteOnly
+            : &ChromaxisMainWindow::adaptPalette;
+    const ChromaxisDocument::PreviewScope preview(m_document);
+    const QMetaObject::Connection live = connect(&dialog, &PaletteDialog::paletteChanged, this, adapt);
     dialog.start();
     const bool accepted = dialog.exec() == QDialog::Accepted;
-    disconnect(&dialog, &PaletteDialog::paletteChanged, this, &ChromaxisMainWindow::adaptPalette);
-    if (!accepted) {
-        adaptPalette(original);
+    disconnect(live);
+    if (!accepted)
         return false;
-    }
-    {
-        // The history step must go from the palette the dialog started with; the views need not
-        // show it in between, since the result follows at once.
-        const QSignalBlocker block(&m_document);
-        adaptPalette(original);
-    }
+    // The result itself is installed, even if the dialog never announced it; installing drops the
+    // preview.
     m_commands.installPalette(dialog.result(), dialog.settingsName(), dialog.settingsText());
     return true;
 }

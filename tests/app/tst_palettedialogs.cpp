@@ -1,13 +1,15 @@
 // Every palette dialog and generator opened from its menu entry: a moved control shows at once in
-// the window's palette, view and image, Cancel puts the palette back, OK leaves one undo step and
-// one macro step that carries the dialog's settings.
+// the window's palette view, image and property panel while the document's palette stays as it
+// was, Cancel (or any other way out) shows the palette again, OK leaves one undo step and one
+// macro step that carries the dialog's settings.
 #include "chromaxismainwindow.h"
+#include "cxpropertywidget.h"
+#include "document/macroplayer.h"
 #include "guitesting.h"
 #include "imagelabel.h"
-#include "document/macroplayer.h"
 #include "pal_manip/palettedialog.h"
-#include "storage/palettedatabase.h"
 #include "paletteview.h"
+#include "storage/palettedatabase.h"
 #include "utils/qt/colorwidgets/colorticksbar.h"
 #include "utils/qt/widgets/qcombinedsliderspin.h"
 
@@ -16,6 +18,7 @@
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QDoubleSpinBox>
+#include <QFileDialog>
 #include <QLabel>
 #include <QPushButton>
 #include <QSettings>
@@ -93,6 +96,10 @@ private slots:
     void init();
     void dialogPreviewsCancelsAndInstalls_data();
     void dialogPreviewsCancelsAndInstalls();
+    void closingTheDialogDropsThePreview_data();
+    void closingTheDialogDropsThePreview();
+    void resultKeepsOrLeavesThePaletteFile_data();
+    void resultKeepsOrLeavesThePaletteFile();
     void generators_data();
     void generators();
     void interpolateSelectedNeedsTwo();
@@ -102,6 +109,7 @@ private slots:
 private:
     void prepare(ChromaxisMainWindow &w);
     PaletteDatabase m_db;
+    QTemporaryDir m_dir;
 };
 
 void TestPaletteDialogs::init()
@@ -216,18 +224,28 @@ void TestPaletteDialogs::dialogPreviewsCancelsAndInstalls()
     w.show();
     prepare(w);
     const Palette<uint> before = w.document().palette();
+    const Palette<uint> last = w.document().lastPalette();
+    w.document().setRecording(true);
 
-    // Cancel: the moved control shows at once, and everything goes back.
+    // Cancel: the moved control shows at once, the document does not change, and the views go back.
     QString seenTitle;
     bool live = false;
     bool shown = false;
+    bool untouched = false;
+    QString shownSize;
     handleNextDialog<PaletteDialog>([&](PaletteDialog *d) {
         seenTitle = d->windowTitle();
         const Palette<uint> opened = w.document().palette();
         moveControl(d, control, value);
         QCoreApplication::processEvents();
-        live = w.document().palette() != opened && w.document().palette() == d->result() &&
-               w.paletteView()->palette() == d->result();
+        untouched = w.document().lastPalette() == last && !w.document().isImageModified() &&
+                    w.document().macros().count() == 0;
+        shownSize = w.propertyWidget()->value("Palette", "Size");
+        live = w.document().displayedPalette().entries() == d->result().entries() &&
+               w.document().displayedPalette() != opened &&
+               w.paletteView()->palette() == w.document().displayedPalette() &&
+               w.document().palette() == opened && w.document().history().count() == 0 &&
+               !w.document().isPaletteModified();
         shown = imageShows(w, d->result());
         clickButton(d, QDialogButtonBox::Cancel);
     });
@@ -235,13 +253,17 @@ void TestPaletteDialogs::dialogPreviewsCancelsAndInstalls()
     QCOMPARE(seenTitle, title);
     QVERIFY(live);
     QVERIFY(shown);
+    QVERIFY(untouched);
+    QVERIFY(!w.document().hasPreview());
     QCOMPARE(w.document().palette(), before);
     QCOMPARE(w.paletteView()->palette(), before);
     QVERIFY(imageShows(w, before));
+    QCOMPARE(w.propertyWidget()->value("Palette", "Size"), QString::number(before.size()));
     QCOMPARE(w.document().history().count(), 0);
+    QCOMPARE(w.document().macros().count(), 0);
+    QVERIFY(!w.document().isPaletteModified());
 
     // OK: one step that undo reverts, and a macro step with the settings.
-    w.document().setRecording(true);
     Palette<uint> result;
     handleNextDialog<PaletteDialog>([&](PaletteDialog *d) {
         moveControl(d, control, value);
@@ -251,8 +273,12 @@ void TestPaletteDialogs::dialogPreviewsCancelsAndInstalls()
     });
     w.action(slot)->trigger();
     QVERIFY(result != before);
+    QCOMPARE(shownSize, QString::number(result.size()));
     QCOMPARE(w.document().palette(), result);
+    QVERIFY(!w.document().hasPreview());
     QVERIFY(imageShows(w, result));
+    QCOMPARE(w.paletteView()->palette(), result);
+    QCOMPARE(w.document().lastPalette(), before);
     QCOMPARE(w.document().history().count(), 1);
     const std::vector<MacroFile::Step> steps = MacroFile::stepsOf(w.document().macros());
     QCOMPARE(int(steps.size()), 1);
@@ -263,9 +289,145 @@ void TestPaletteDialogs::dialogPreviewsCancelsAndInstalls()
 
     w.action("undo")->trigger();
     QCOMPARE(w.document().palette(), before);
+    QCOMPARE(w.paletteView()->palette(), before);
     QVERIFY(imageShows(w, before));
+    QVERIFY(!w.document().isPaletteModified());
     w.action("redo")->trigger();
     QCOMPARE(w.document().palette(), result);
+    QVERIFY(imageShows(w, result));
+    w.document().setPaletteModified(false);
+    w.document().setImageModified(false);
+}
+
+void TestPaletteDialogs::closingTheDialogDropsThePreview_data()
+{
+    QTest::addColumn<QString>("how");
+    QTest::newRow("escape key") << "escape";
+    QTest::newRow("title bar close") << "close";
+    QTest::newRow("reject") << "reject";
+}
+
+void TestPaletteDialogs::closingTheDialogDropsThePreview()
+{
+    QFETCH(QString, how);
+    ChromaxisMainWindow w(&m_db);
+    w.show();
+    prepare(w);
+    const Palette<uint> before = w.document().palette();
+    bool previewed = false;
+    handleNextDialog<PaletteDialog>([&](PaletteDialog *d) {
+        moveControl(d, "hue", 120);
+        QCoreApplication::processEvents();
+        previewed = w.document().hasPreview() && imageShows(w, d->result()) && !imageShows(w, before);
+        if (how == "escape")
+            QTest::keyClick(d, Qt::Key_Escape);
+        else if (how == "close")
+            d->close();
+        else
+            d->reject();
+    });
+    w.action("paletteManipulateHueSaturationValue")->trigger();
+    QVERIFY(previewed);
+    QVERIFY(!w.document().hasPreview());
+    QCOMPARE(w.document().palette(), before);
+    QCOMPARE(w.paletteView()->palette(), before);
+    QVERIFY(imageShows(w, before));
+    QCOMPARE(w.document().history().count(), 0);
+    QVERIFY(!w.document().isPaletteModified());
+}
+
+void TestPaletteDialogs::resultKeepsOrLeavesThePaletteFile_data()
+{
+    QTest::addColumn<QString>("slot");
+    QTest::addColumn<QString>("control");
+    QTest::addColumn<QVariant>("value");
+    QTest::addColumn<bool>("edits"); // the result is the opened palette changed, not a new one
+
+    QTest::newRow("tint") << "paletteManipulateTint"
+                          << "opacity" << QVariant(60) << true;
+    QTest::newRow("blur") << "paletteManipulateBlur"
+                          << "value" << QVariant(3) << true;
+    QTest::newRow("shift") << "paletteOrderShift"
+                           << "offset" << QVariant(2) << true;
+    QTest::newRow("cosini") << "paletteGenerateUsingCosini"
+                            << "size" << QVariant(24) << false;
+    QTest::newRow("interpolation") << "paletteGenerateInterpolation"
+                                   << "size" << QVariant(32) << false;
+}
+
+void TestPaletteDialogs::resultKeepsOrLeavesThePaletteFile()
+{
+    QFETCH(QString, slot);
+    QFETCH(QString, control);
+    QFETCH(QVariant, value);
+    QFETCH(bool, edits);
+
+    const QString file = m_dir.filePath(QStringLiteral("four-%1.gpl").arg(QTest::currentDataTag()));
+    QFile gpl(file);
+    QVERIFY(gpl.open(QIODevice::WriteOnly));
+    gpl.write("GIMP Palette\n#\n10 0 0\ta\n20 0 0\tb\n30 0 0\tc\n40 0 0\td\n");
+    gpl.close();
+    ChromaxisMainWindow w(&m_db);
+    w.show();
+    prepare(w);
+    QVERIFY(w.loadPaletteFile(file));
+    w.document().clearHistory();
+    const Palette<uint> opened = w.document().palette();
+    const QString name = opened.property(PaletteName);
+    QVERIFY(!name.isEmpty());
+    QCOMPARE(w.propertyWidget()->value("Palette", "Name"), name);
+
+    // The panel shows what OK would make of the palette, while the document keeps its file.
+    QString shownName, shownFile, fileDuringPreview;
+    handleNextDialog<PaletteDialog>([&](PaletteDialog *d) {
+        moveControl(d, control, value);
+        QCoreApplication::processEvents();
+        shownName = w.propertyWidget()->value("Palette", "Name");
+        shownFile = w.propertyWidget()->value("Palette", "File");
+        fileDuringPreview = w.document().paletteFileName();
+        clickButton(d, QDialogButtonBox::Ok);
+    });
+    w.action(slot)->trigger();
+    QCOMPARE(fileDuringPreview, file);
+    QCOMPARE(shownName, edits ? name : QString());
+    QCOMPARE(shownFile, edits ? QFileInfo(file).fileName() : QString());
+    QCOMPARE(w.document().history().count(), 1);
+    QVERIFY(w.document().isPaletteModified());
+    QCOMPARE(w.document().paletteFileName(), edits ? file : QString());
+    QCOMPARE(w.document().palette().property(PaletteName), edits ? name : QString());
+    QCOMPARE(w.propertyWidget()->value("Palette", "Name"), shownName);
+    QCOMPARE(w.propertyWidget()->value("Palette", "File"), shownFile);
+    const Palette<uint> result = w.document().palette();
+
+    // "Save palette" writes an edited palette back to its file, but asks where a new one goes
+    // instead of overwriting the file of the palette it replaced.
+    const QByteArray content = [&file] {
+        QFile f(file);
+        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+    }();
+    bool asked = false;
+    if (!edits)
+        handleNextDialog<QFileDialog>([&asked](QFileDialog *d) {
+            asked = true;
+            d->reject();
+        });
+    w.action("savePalette")->trigger();
+    QCOMPARE(asked, !edits);
+    QFile saved(file);
+    QVERIFY(saved.open(QIODevice::ReadOnly));
+    QCOMPARE(saved.readAll() != content, edits);
+    QCOMPARE(w.document().isPaletteModified(), !edits);
+
+    // One undo brings back the palette together with its name, file and flag.
+    w.document().setPaletteModified(true);
+    w.action("undo")->trigger();
+    QCOMPARE(w.document().palette(), opened);
+    QCOMPARE(w.document().paletteFileName(), file);
+    QVERIFY(!w.document().isPaletteModified());
+    QCOMPARE(w.propertyWidget()->value("Palette", "File"), QFileInfo(file).fileName());
+    w.action("redo")->trigger();
+    QCOMPARE(w.document().palette(), result);
+    QCOMPARE(w.document().paletteFileName(), edits ? file : QString());
     w.document().setPaletteModified(false);
     w.document().setImageModified(false);
 }
@@ -393,7 +555,8 @@ void TestPaletteDialogs::lastUsedSettingsReturn()
     handleNextDialog<PaletteDialog>([&](PaletteDialog *d) {
         brightness = d->findChild<QCombinedSliderSpin *>("brightness")->value();
         // Opening previews the restored settings on the palette the dialog starts from.
-        livePreviewOnOpen = w.document().palette() != installed;
+        livePreviewOnOpen =
+            w.document().displayedPalette() != installed && w.document().palette() == installed;
         clickButton(d, QDialogButtonBox::Cancel);
     });
     w.action("paletteManipulateBrightnessContrast")->trigger();

@@ -1,5 +1,6 @@
 #include "document/chromaxisdocument.h"
 
+#include "operations/paletteoperations.h"
 #include "palette/describedexception.h"
 #include "palette/standardpalettes.h"
 
@@ -16,8 +17,14 @@ ChromaxisDocument::ChromaxisDocument(QObject *parent) : QObject(parent), m_histo
 
 ChromaxisDocument::~ChromaxisDocument() = default;
 
+ChromaxisDocument::PaletteOrigin ChromaxisDocument::originOf(const QString &operation)
+{
+    return PaletteOperations::isGenerator(operation) ? PaletteOrigin::Generator : PaletteOrigin::Edit;
+}
+
 void ChromaxisDocument::setPaletteState(const PaletteState &state, bool fromHistory)
 {
+    dropPreview();
     if (!fromHistory)
         addHistoryStep(new ChromaxisUndoAction_PaletteChange(this, m_palette, state));
     if (state.palette != m_palette.palette)
@@ -25,6 +32,7 @@ void ChromaxisDocument::setPaletteState(const PaletteState &state, bool fromHist
     m_palette = state;
     m_image.image.render(m_palette.palette);
     emit paletteChanged();
+    emit displayedPaletteChanged();
     emit historyChanged();
 }
 
@@ -36,19 +44,70 @@ void ChromaxisDocument::setPalette(const Palette<uint> &palette, bool fromHistor
     setPaletteState(state, fromHistory);
 }
 
-void ChromaxisDocument::previewPalette(const Palette<uint> &palette)
+PaletteState ChromaxisDocument::resultState(const Palette<uint> &result, PaletteOrigin origin) const
 {
-    m_palette.palette = palette;
-    m_image.image.render(m_palette.palette);
-    emit paletteChanged();
+    PaletteState state = m_palette;
+    state.palette = result;
+    state.paletteModified = true;
+    if (origin == PaletteOrigin::Edit)
+        state.palette.setProperties(m_palette.palette.properties());
+    else
+        state.fileName.clear();
+    return state;
+}
+
+void ChromaxisDocument::setPaletteResult(const Palette<uint> &result, PaletteOrigin origin)
+{
+    setPaletteState(resultState(result, origin));
+}
+
+void ChromaxisDocument::setPreviewPalette(const Palette<uint> &result, PaletteOrigin origin)
+{
+    m_preview = resultState(result, origin).palette;
+    m_previewOrigin = origin;
+    m_hasPreview = true;
+    m_image.image.renderInto(m_preview, m_previewPicture);
+    emit displayedPaletteChanged();
+}
+
+void ChromaxisDocument::clearPreview()
+{
+    if (dropPreview())
+        emit displayedPaletteChanged();
+}
+
+bool ChromaxisDocument::dropPreview()
+{
+    if (!m_hasPreview)
+        return false;
+    m_hasPreview = false;
+    m_preview = Palette<uint>();
+    m_previewPicture = QImage();
+    return true;
+}
+
+bool ChromaxisDocument::commitPreview()
+{
+    if (!m_hasPreview)
+        return false;
+    setPaletteState(resultState(m_preview, m_previewOrigin));
+    return true;
+}
+
+QString ChromaxisDocument::displayedPaletteFileName() const
+{
+    return m_hasPreview && m_previewOrigin == PaletteOrigin::Generator ? QString() : m_palette.fileName;
 }
 
 void ChromaxisDocument::setImageState(const ImageState &state, bool fromHistory)
 {
+    const bool dropped = dropPreview();
     if (!fromHistory)
         addHistoryStep(new ChromaxisUndoAction_ImageChange(this, m_image, state));
     m_image = state;
     m_image.image.render(m_palette.palette);
+    if (dropped)
+        emit displayedPaletteChanged();
     emit imageChanged();
     emit historyChanged();
 }

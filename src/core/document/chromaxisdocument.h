@@ -6,6 +6,7 @@
 #include "document/documentstate.h"
 #include "palette/palette.h"
 
+#include <QImage>
 #include <QObject>
 #include <QString>
 
@@ -19,10 +20,31 @@
 //
 // Every change through a setter is recorded as one history step unless fromHistory is set
 // (the history itself restoring a state). The signals tell the views what to show again.
+//
+// Beside the palette the document may hold a preview: a dialog's result shown before the user
+// chooses it. The views show displayedPalette() and displayedPicture(); the palette, the image,
+// the history, the modified flags, the last palette and the macro recorder never see a preview.
+// Any change of the palette or the image drops it, so a preview cannot outlive the state it was
+// computed from, and OK commits it as one ordinary step.
 class ChromaxisDocument : public QObject
 {
     Q_OBJECT
 public:
+    // What a command's palette inherits from the one it replaces.
+    //  Edit:      the current palette changed (a manipulation): it keeps its name, comment and
+    //             file, so "Save palette" writes it back where it came from.
+    //  Generator: a palette made from settings alone: it inherits nothing and has no file until
+    //             it is saved, so a save can never overwrite the old palette's file with an
+    //             unrelated one.
+    // Both mark the palette modified, and the history step restores all of it.
+    enum class PaletteOrigin
+    {
+        Edit,
+        Generator
+    };
+    // The origin of a palette operation's result, by the operation's name.
+    static PaletteOrigin originOf(const QString &operation);
+
     explicit ChromaxisDocument(QObject *parent = nullptr);
     ~ChromaxisDocument() override;
 
@@ -32,8 +54,9 @@ public:
     void setPaletteState(const PaletteState &state, bool fromHistory = false);
     // A new palette from a command: marked modified, the current one becomes the last palette.
     void setPalette(const Palette<uint> &palette, bool fromHistory = false);
-    // A live preview: shown at once, recorded nowhere.
-    void previewPalette(const Palette<uint> &palette);
+    // The state a command's result gives the palette, and installing it as one history step.
+    PaletteState resultState(const Palette<uint> &result, PaletteOrigin origin) const;
+    void setPaletteResult(const Palette<uint> &result, PaletteOrigin origin);
     const Palette<uint> &lastPalette() const { return m_lastPalette; }
     void setLastPalette(const Palette<uint> &p) { m_lastPalette = p; }
     bool isPaletteModified() const { return m_palette.paletteModified; }
@@ -42,6 +65,37 @@ public:
     void setPaletteFileName(const QString &f) { m_palette.fileName = f; }
     int builtinIndex() const { return m_palette.builtinIndex; }
     void setBuiltinIndex(int i) { m_palette.builtinIndex = i; }
+
+    // ---- Preview
+    // Shows result as the palette it would become, until it is cleared, committed or dropped by a
+    // change of the palette or the image.
+    void setPreviewPalette(const Palette<uint> &result, PaletteOrigin origin = PaletteOrigin::Edit);
+    void clearPreview();
+    bool hasPreview() const { return m_hasPreview; }
+    // Installs the pending preview as one history step, worked out against the palette as it is
+    // now; false (and nothing recorded) when there is none.
+    bool commitPreview();
+    // What the views show: the preview while one is pending, the palette and its picture otherwise.
+    const Palette<uint> &displayedPalette() const { return m_hasPreview ? m_preview : m_palette.palette; }
+    QString displayedPaletteFileName() const;
+    const QImage &displayedPicture() const
+    {
+        return m_hasPreview ? m_previewPicture : m_image.image.picture();
+    }
+
+    // Clears the preview however the scope is left, so that a dialog ended by an exception or
+    // closed in any way leaves nothing of its preview behind.
+    class PreviewScope
+    {
+    public:
+        explicit PreviewScope(ChromaxisDocument &document) : m_document(document) {}
+        ~PreviewScope() { m_document.clearPreview(); }
+        PreviewScope(const PreviewScope &) = delete;
+        PreviewScope &operator=(const PreviewScope &) = delete;
+
+    private:
+        ChromaxisDocument &m_document;
+    };
 
     // ---- Image
     const DocumentImage &image() const { return m_image.image; }
@@ -92,7 +146,10 @@ public:
     void recordMacroStep(const QString &name, const QString &parameters = QString());
 
 signals:
+    // palette() changed.
     void paletteChanged();
+    // What the views show changed: the palette, or a preview came, went or changed.
+    void displayedPaletteChanged();
     void imageChanged();
     void paletteViewSettingsChanged();
     void selectionChanged();
@@ -100,11 +157,17 @@ signals:
 
 private:
     void addHistoryStep(ChromaxisUndoAction *action);
+    // Forgets the preview without telling anyone; true when there was one.
+    bool dropPreview();
 
     PaletteState m_palette;
     Palette<uint> m_lastPalette;
     ImageState m_image;
     PaletteViewSettings m_settings;
+    bool m_hasPreview = false;
+    Palette<uint> m_preview;
+    PaletteOrigin m_previewOrigin = PaletteOrigin::Edit;
+    QImage m_previewPicture;
     std::set<int> m_selection;
     QString m_projectFileName;
     ChromaxisUndoSystem m_history;

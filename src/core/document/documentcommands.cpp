@@ -213,13 +213,14 @@ void DocumentCommands::takeBuiltin(int index)
 void DocumentCommands::applyPaletteOperation(const QString &name, const std::set<int> &selection,
                                              const SettingsText::Pairs &settings)
 {
-    m_document.setPalette(PaletteOperations::apply(name, m_document.palette(), selection, settings));
+    m_document.setPaletteResult(PaletteOperations::apply(name, m_document.palette(), selection, settings),
+                                ChromaxisDocument::originOf(name));
     record(name, SettingsText::formatLines(settings) + selectionLine(selection));
 }
 
 void DocumentCommands::installPalette(const Palette<uint> &palette, const QString &step, const QString &settingsText)
 {
-    m_document.setPalette(palette);
+    m_document.setPaletteResult(palette, ChromaxisDocument::originOf(step));
     record(step, settingsText + selectionLine(m_document.selection()));
 }
 

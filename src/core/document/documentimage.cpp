@@ -96,6 +96,13 @@ DocumentImage DocumentImage::fromContinuous(int width, int height, std::vector<f
 
 void DocumentImage::render(const Palette<uint> &palette)
 {
+    renderInto(palette, m_picture);
+    if (m_mode == Indexed32 || m_mode == Continuous)
+        m_imagePalette = palette;
+}
+
+void DocumentImage::renderInto(const Palette<uint> &palette, QImage &out) const
+{
     switch (m_mode) {
     case Indexed8: {
         QVector<QRgb> table = paletteColourTable(palette);
@@ -106,18 +113,19 @@ void DocumentImage::render(const Palette<uint> &palette)
             table.resize(256);
         while (table.size() < 256)
             table.append(pad);
-        m_picture = viewIndexes8(table);
+        out = viewIndexes8(table);
         break;
     }
     case Indexed32:
-        renderIndexed32(m_indexCells.data(), m_width, m_height, palette, m_picture);
-        m_imagePalette = palette;
+        renderIndexed32(m_indexCells.data(), m_width, m_height, palette, out);
         break;
     case Continuous:
-        renderContinuous(m_realCells.data(), m_width, m_height, palette, m_interpolate, m_picture);
-        m_imagePalette = palette;
+        renderContinuous(m_realCells.data(), m_width, m_height, palette, m_interpolate, out);
         break;
     default:
+        // RGB pixels do not go through a palette; there is nothing else to show.
+        if (&out != &m_picture)
+            out = m_picture;
         break;
     }
 }

@@ -50,6 +50,9 @@ public:
 
     // Rebuilds the picture through palette. Mode 2 changes only the colour table; no pixel is touched.
     void render(const Palette<uint> &palette);
+    // The picture through palette, written into out (whose buffer is reused when it fits) while
+    // the image itself stays as it is: how a palette is shown before it is chosen.
+    void renderInto(const Palette<uint> &palette, QImage &out) const;
 
 private:
     template <typename Fill>

@@ -367,9 +367,10 @@ void TestDocumentImage::documentPaletteHistory()
     QCOMPARE(doc.image().picture().pixel(0, 0), opaque(p[1]));
     Palette<uint> preview = p;
     preview[1] = {0, 0, 0xFF00, 65535};
-    doc.previewPalette(preview);
+    doc.setPreviewPalette(preview);
     QCOMPARE(doc.lastPalette(), gray);
-    QCOMPARE(doc.image().picture().pixel(0, 0), qRgb(0, 0, 255));
+    QCOMPARE(doc.displayedPicture().pixel(0, 0), qRgb(0, 0, 255));
+    QCOMPARE(doc.image().picture().pixel(0, 0), opaque(p[1])); // the image itself is not touched
     doc.closeImage();
     QVERIFY(!doc.hasImage());
     QCOMPARE(doc.imageMode(), 0);
