@@ -9,6 +9,7 @@
 #include "palette/standardpalettes.h"
 #include "imagelabel.h"
 #include "document/macroplayer.h"
+#include "operations/selectionlist.h"
 #include "storage/palettedatabase.h"
 #include "formats/paletteformats.h"
 #include "utils/qt/colorwidgets/paletteview.h"
@@ -458,7 +459,7 @@ void ChromaxisMainWindow::dropEvent(QDropEvent *event)
 
 void ChromaxisMainWindow::cut()
 {
-    const QString selection = QStringLiteral("selection:%1\n").arg(MacroPlayer::selectionText(m_paletteView->selection()));
+    const QString selection = SelectionList::parameterLine(m_paletteView->selection());
     if (m_paletteView->cut_remove(true)) {
         recordStep(QStringLiteral("copy"), selection);
         recordStep(QStringLiteral("delete"), selection);
@@ -467,14 +468,14 @@ void ChromaxisMainWindow::cut()
 
 void ChromaxisMainWindow::copy()
 {
-    const QString selection = QStringLiteral("selection:%1\n").arg(MacroPlayer::selectionText(m_paletteView->selection()));
+    const QString selection = SelectionList::parameterLine(m_paletteView->selection());
     if (m_paletteView->copy())
         recordStep(QStringLiteral("copy"), selection);
 }
 
 void ChromaxisMainWindow::paste()
 {
-    const QString selection = QStringLiteral("selection:%1\n").arg(MacroPlayer::selectionText(m_paletteView->selection()));
+    const QString selection = SelectionList::parameterLine(m_paletteView->selection());
     if (m_paletteView->paste())
         recordStep(QStringLiteral("paste"), selection);
     else
@@ -483,7 +484,7 @@ void ChromaxisMainWindow::paste()
 
 void ChromaxisMainWindow::replace()
 {
-    const QString selection = QStringLiteral("selection:%1\n").arg(MacroPlayer::selectionText(m_paletteView->selection()));
+    const QString selection = SelectionList::parameterLine(m_paletteView->selection());
     if (m_paletteView->replace())
         recordStep(QStringLiteral("replace"), selection);
     else
@@ -492,7 +493,7 @@ void ChromaxisMainWindow::replace()
 
 void ChromaxisMainWindow::deleteA()
 {
-    const QString selection = QStringLiteral("selection:%1\n").arg(MacroPlayer::selectionText(m_paletteView->selection()));
+    const QString selection = SelectionList::parameterLine(m_paletteView->selection());
     if (m_paletteView->deleteA())
         recordStep(QStringLiteral("delete"), selection);
 }
@@ -507,9 +508,9 @@ void ChromaxisMainWindow::edit()
     for (int i : selected)
         if (i >= 0 && i < m_document.palette().size()) {
             const RGBAColor<uint> &c = m_document.palette()[i];
-            recordStep(QStringLiteral("edit"), QStringLiteral("selection:%1\ncolor:%2,%3,%4,%5\n")
-                                                   .arg(MacroPlayer::selectionText(selected))
-                                                   .arg(c.r).arg(c.g).arg(c.b).arg(c.a));
+            recordStep(QStringLiteral("edit"), SelectionList::parameterLine(selected) +
+                                                   QStringLiteral("color:%1,%2,%3,%4\n")
+                                                       .arg(c.r).arg(c.g).arg(c.b).arg(c.a));
             break;
         }
 }

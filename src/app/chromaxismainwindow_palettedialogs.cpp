@@ -6,7 +6,6 @@
 #include "palette/describedexception.h"
 #include "dialogs/palettetextencoderdialog.h"
 #include "dialogs/selectionpatterndialog.h"
-#include "document/macroplayer.h"
 #include "pal_gen/colorinterpolationdialog.h"
 #include "pal_gen/cosinepalettedialog.h"
 #include "pal_manip/blurdialog.h"
@@ -17,6 +16,7 @@
 #include "pal_manip/shiftorderdialog.h"
 #include "pal_manip/tintdialog.h"
 #include "operations/paletteoperations.h"
+#include "operations/selectionlist.h"
 #include "utils/qt/colorwidgets/paletteview.h"
 
 #include <QFileDialog>
@@ -31,7 +31,7 @@ QString ChromaxisMainWindow::selectionParameters() const
 {
     if (m_document.selection().empty())
         return QString();
-    return QStringLiteral("selection:%1\n").arg(MacroPlayer::selectionText(m_document.selection()));
+    return SelectionList::parameterLine(m_document.selection());
 }
 
 bool ChromaxisMainWindow::runPaletteDialog(PaletteDialog &dialog)
