@@ -6,6 +6,7 @@
 #include "palette/describedexception.h"
 #include "dialogs/palettetextencoderdialog.h"
 #include "dialogs/selectionpatterndialog.h"
+#include "formats/writefileatomically.h"
 #include "pal_gen/colorinterpolationdialog.h"
 #include "pal_gen/cosinepalettedialog.h"
 #include "pal_manip/blurdialog.h"
@@ -21,7 +22,6 @@
 
 #include <QFileDialog>
 #include <QMessageBox>
-#include <QSaveFile>
 #include <QSettings>
 #include <QSignalBlocker>
 #include <QStatusBar>
@@ -222,18 +222,13 @@ void ChromaxisMainWindow::exportPaletteToText()
     if (path.isEmpty())
         return;
     rememberDirectory("default_palette_dir", path);
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
-        QMessageBox::warning(this, tr("Could not save"),
-                             tr("Unable to save palette under\n%1.\nCould not open file.").arg(path));
-        return;
-    }
-    {
-        QTextStream stream(&file);
+    const FileWriteResult written = writeFileAtomically(path, [&](QIODevice &device) {
+        QTextStream stream(&device);
         PaletteTextEncoder::encode(dialog.encoderTemplate(), m_document.palette(), {}, stream);
         stream.flush();
-    }
-    if (!file.commit()) {
+        return stream.status() == QTextStream::Ok;
+    });
+    if (!written.ok()) {
         QMessageBox::warning(this, tr("Could not save"),
                              tr("Unable to save palette under\n%1.\nCould not open file.").arg(path));
         return;

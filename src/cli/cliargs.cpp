@@ -2,11 +2,11 @@
 
 #include "palette/describedexception.h"
 #include "formats/paletteformats.h"
+#include "formats/writefileatomically.h"
 #include "operations/selectionlist.h"
 #include "storage/projectfile.h"
 
 #include <QFileInfo>
-#include <QSaveFile>
 
 #include <cstdio>
 
@@ -155,13 +155,11 @@ void writeOutput(const QString &path, const QByteArray &bytes)
                                      QStringLiteral("Unable to write to the standard output."));
         return;
     }
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        throw DescribedException(
-            QStringLiteral("Could not save"),
-            QStringLiteral("Unable to save palette under\n%1.\nCould not open file.").arg(path));
-    if (file.write(bytes) != bytes.size() || !file.commit())
-        throw DescribedException(
-            QStringLiteral("Could not save"),
-            QStringLiteral("Unable to save palette under\n%1.\nCould not write file.").arg(path));
+    const FileWriteResult written = writeFileAtomically(path, bytes);
+    if (!written.ok())
+        throw DescribedException(QStringLiteral("Could not save"),
+                                 QStringLiteral("Unable to save palette under\n%1.\n%2")
+                                     .arg(path, written.stage == FileWriteResult::NotOpened
+                                                    ? QStringLiteral("Could not open file.")
+                                                    : QStringLiteral("Could not write file.")));
 }

@@ -59,5 +59,5 @@ Palette<uint> readPaletteFile(const QString &path, const QString &formatWord, bo
 // The settings of a dialog: the --settings file when given, then each --set KEY=VALUE in order.
 SettingsText::Pairs settingsFromArgs(const CliArgs &args, const QString &dialogName);
 
-// Writes bytes to path through QSaveFile, or to stdout for "-".
+// Writes bytes to path whole or not at all (writeFileAtomically), or to stdout for "-".
 void writeOutput(const QString &path, const QByteArray &bytes);
