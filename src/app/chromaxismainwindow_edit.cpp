@@ -5,6 +5,7 @@
 
 #include "dialogs/selectionpatterndialog.h"
 #include "document/macroplayer.h"
+#include "operations/selectionlist.h"
 #include "palette/describedexception.h"
 #include "utils/qt/colorwidgets/paletteview.h"
 
@@ -122,7 +123,7 @@ void ChromaxisMainWindow::macroPlay()
 
 void ChromaxisMainWindow::cut()
 {
-    const QString selection = DocumentCommands::selectionLine(m_paletteView->selection());
+    const QString selection = SelectionList::parameterLine(m_paletteView->selection());
     if (m_paletteView->cut_remove(true)) {
         recordStep(QStringLiteral("copy"), selection);
         recordStep(QStringLiteral("delete"), selection);
@@ -131,14 +132,14 @@ void ChromaxisMainWindow::cut()
 
 void ChromaxisMainWindow::copy()
 {
-    const QString selection = DocumentCommands::selectionLine(m_paletteView->selection());
+    const QString selection = SelectionList::parameterLine(m_paletteView->selection());
     if (m_paletteView->copy())
         recordStep(QStringLiteral("copy"), selection);
 }
 
 void ChromaxisMainWindow::paste()
 {
-    const QString selection = DocumentCommands::selectionLine(m_paletteView->selection());
+    const QString selection = SelectionList::parameterLine(m_paletteView->selection());
     if (m_paletteView->paste())
         recordStep(QStringLiteral("paste"), selection);
     else
@@ -147,7 +148,7 @@ void ChromaxisMainWindow::paste()
 
 void ChromaxisMainWindow::replace()
 {
-    const QString selection = DocumentCommands::selectionLine(m_paletteView->selection());
+    const QString selection = SelectionList::parameterLine(m_paletteView->selection());
     if (m_paletteView->replace())
         recordStep(QStringLiteral("replace"), selection);
     else
@@ -156,7 +157,7 @@ void ChromaxisMainWindow::replace()
 
 void ChromaxisMainWindow::deleteA()
 {
-    const QString selection = DocumentCommands::selectionLine(m_paletteView->selection());
+    const QString selection = SelectionList::parameterLine(m_paletteView->selection());
     if (m_paletteView->deleteA())
         recordStep(QStringLiteral("delete"), selection);
 }
@@ -171,7 +172,7 @@ void ChromaxisMainWindow::edit()
     for (int i : selected)
         if (i >= 0 && i < m_document.palette().size()) {
             const RGBAColor<uint> &c = m_document.palette()[i];
-            recordStep(QStringLiteral("edit"), DocumentCommands::selectionLine(selected) +
+            recordStep(QStringLiteral("edit"), SelectionList::parameterLine(selected) +
                                                    QStringLiteral("color:%1,%2,%3,%4\n")
                                                        .arg(c.r).arg(c.g).arg(c.b).arg(c.a));
             break;

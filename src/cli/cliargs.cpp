@@ -2,10 +2,11 @@
 
 #include "palette/describedexception.h"
 #include "formats/paletteformats.h"
+#include "formats/writefileatomically.h"
+#include "operations/selectionlist.h"
 #include "storage/projectfile.h"
 
 #include <QFileInfo>
-#include <QSaveFile>
 
 #include <cstdio>
 
@@ -17,18 +18,6 @@ const CliArgs::Option *findOption(const std::vector<CliArgs::Option> &options, c
         if (option.name == name)
             return &option;
     return nullptr;
-}
-
-// A non-negative decimal index; digits only, so "+3", " 3" and "0x3" are refused.
-int parseIndex(const QString &text, const QString &list)
-{
-    bool ok = !text.isEmpty();
-    for (const QChar c : text)
-        ok = ok && c >= QLatin1Char('0') && c <= QLatin1Char('9');
-    const int value = ok ? text.toInt(&ok) : 0;
-    if (!ok)
-        throw CliUsageError{QStringLiteral("'%1' is not an index list like 0,3,5-9").arg(list)};
-    return value;
 }
 
 } // namespace
@@ -97,49 +86,22 @@ QStringList CliArgs::values(const QString &name) const
     return all;
 }
 
-std::vector<std::pair<int, int>> parseIndexList(const QString &list)
+void checkSelectionList(const QString &list)
 {
-    std::vector<std::pair<int, int>> ranges;
-    for (const QString &item : list.split(QLatin1Char(','))) {
-        const QString trimmed = item.trimmed();
-        const int dash = trimmed.indexOf(QLatin1Char('-'));
-        const int first = parseIndex(dash < 0 ? trimmed : trimmed.left(dash).trimmed(), list);
-        const int last = dash < 0 ? first : parseIndex(trimmed.mid(dash + 1).trimmed(), list);
-        if (last < first)
-            throw CliUsageError{QStringLiteral("the range '%1' in '%2' runs backwards").arg(trimmed, list)};
-        ranges.emplace_back(first, last);
+    // The empty text is the empty selection elsewhere; an option given empty is a slip.
+    if (list.isEmpty())
+        throw CliUsageError{QStringLiteral("--select needs at least one index")};
+    try {
+        SelectionList::ranges(list);
+    } catch (const DescribedException &e) {
+        throw CliUsageError{e.message()};
     }
-    return ranges;
-}
-
-std::set<int> selectionFromList(const QString &list, int paletteSize)
-{
-    std::set<int> selection;
-    for (const auto &[first, last] : parseIndexList(list)) {
-        // Checked before the range is expanded, so "0-2000000000" costs nothing.
-        if (last >= paletteSize)
-            throw DescribedException(
-                QStringLiteral("Invalid selection"),
-                QStringLiteral("The selection names index %1, but the palette has %2 entries.")
-                    .arg(last)
-                    .arg(paletteSize));
-        for (int i = first; i <= last; ++i)
-            selection.insert(i);
-    }
-    return selection;
 }
 
 bool isProjectPath(const QString &path, const QString &word)
 {
     const QString effective = word.isEmpty() ? QFileInfo(path).suffix() : word;
     return effective.compare(QLatin1String("cxw"), Qt::CaseInsensitive) == 0;
-}
-
-int notAvailableYet(CliContext &ctx)
-{
-    ctx.err << "not available yet\n";
-    ctx.err.flush();
-    return ExitUsage;
 }
 
 int paletteFormatFor(const QString &path, const QString &word)
@@ -193,13 +155,11 @@ void writeOutput(const QString &path, const QByteArray &bytes)
                                      QStringLiteral("Unable to write to the standard output."));
         return;
     }
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        throw DescribedException(
-            QStringLiteral("Could not save"),
-            QStringLiteral("Unable to save palette under\n%1.\nCould not open file.").arg(path));
-    if (file.write(bytes) != bytes.size() || !file.commit())
-        throw DescribedException(
-            QStringLiteral("Could not save"),
-            QStringLiteral("Unable to save palette under\n%1.\nCould not write file.").arg(path));
+    const FileWriteResult written = writeFileAtomically(path, bytes);
+    if (!written.ok())
+        throw DescribedException(QStringLiteral("Could not save"),
+                                 QStringLiteral("Unable to save palette under\n%1.\n%2")
+                                     .arg(path, written.stage == FileWriteResult::NotOpened
+                                                    ? QStringLiteral("Could not open file.")
+                                                    : QStringLiteral("Could not write file.")));
 }

@@ -40,16 +40,12 @@ private:
     std::vector<std::pair<QString, QString>> m_given; // name, value in command-line order
 };
 
-// "0,3,5-9" as inclusive ranges; a malformed list is a usage error.
-std::vector<std::pair<int, int>> parseIndexList(const QString &list);
-// The indexes of list, each of which must exist in a palette of paletteSize entries
-// (a DescribedException otherwise, since the list itself is well-formed).
-std::set<int> selectionFromList(const QString &list, int paletteSize);
+// A --select list that is empty or malformed is a usage error, found before anything is read; the
+// indexes themselves come from SelectionList::parse once the palette's size is known.
+void checkSelectionList(const QString &list);
 
 // Whether a path stands for a project file: the format word (given, or else the extension) is "cxw".
 bool isProjectPath(const QString &path, const QString &word = {});
-// The answer of a command that meets a feature not built yet: stderr and exit 2.
-int notAvailableYet(CliContext &ctx);
 
 // The palette format of path: the format word when one is given (an unknown word is a usage
 // error), else its extension, which may well map to no format (FormatUnknown).
@@ -63,5 +59,5 @@ Palette<uint> readPaletteFile(const QString &path, const QString &formatWord, bo
 // The settings of a dialog: the --settings file when given, then each --set KEY=VALUE in order.
 SettingsText::Pairs settingsFromArgs(const CliArgs &args, const QString &dialogName);
 
-// Writes bytes to path through QSaveFile, or to stdout for "-".
+// Writes bytes to path whole or not at all (writeFileAtomically), or to stdout for "-".
 void writeOutput(const QString &path, const QByteArray &bytes);

@@ -7,6 +7,7 @@
 #include "storage/projectfile.h"
 #include "operations/selectionpattern.h"
 #include "storage/settingsvalues.h"
+#include "operations/selectionlist.h"
 
 namespace {
 
@@ -47,7 +48,7 @@ int paletteApply(CliContext &ctx)
     // Usage is checked first, then the operation, so that neither a typo nor an unknown name
     // costs a read.
     if (args.has(optSelect))
-        parseIndexList(args.value(optSelect));
+        checkSelectionList(args.value(optSelect));
     if (in == QLatin1String("-") && PaletteOperations::exists(operation) &&
         !PaletteOperations::isGenerator(operation))
         throw CliUsageError{
@@ -60,7 +61,7 @@ int paletteApply(CliContext &ctx)
     const Palette<uint> palette =
         in == QLatin1String("-") ? Palette<uint>() : readPaletteFile(in, args.value(optFrom));
     const std::set<int> selection =
-        args.has(optSelect) ? selectionFromList(args.value(optSelect), palette.size()) : std::set<int>();
+        args.has(optSelect) ? SelectionList::parse(args.value(optSelect), palette.size()) : std::set<int>();
     writePalette(out, PaletteOperations::apply(operation, palette, selection, settings), args.value(optTo));
     return ExitOk;
 }

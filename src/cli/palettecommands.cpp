@@ -7,6 +7,7 @@
 #include "formats/paletteformats.h"
 #include "export/palettetextencoder.h"
 #include "storage/projectfile.h"
+#include "operations/selectionlist.h"
 
 #include <QBuffer>
 #include <QJsonArray>
@@ -89,13 +90,13 @@ int paletteText(CliContext &ctx)
     const QString in = args.operands()[0];
     const QString out = args.operands()[1];
     if (args.has(select))
-        parseIndexList(args.value(select)); // a malformed list is wrong usage, found before any reading
+        checkSelectionList(args.value(select)); // a malformed list is wrong usage, found before any reading
     const PaletteTextEncoder::Template tmpl = PaletteTextEncoder::fromSettings(
         settingsFromArgs(args, PaletteTextEncoder::settingsName), PaletteTextEncoder::clipboardTemplate());
 
     const Palette<uint> palette = readPaletteFile(in, args.value(from));
     const std::set<int> selection =
-        args.has(select) ? selectionFromList(args.value(select), palette.size()) : std::set<int>();
+        args.has(select) ? SelectionList::parse(args.value(select), palette.size()) : std::set<int>();
 
     QByteArray bytes;
     QBuffer buffer(&bytes);

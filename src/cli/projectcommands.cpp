@@ -6,6 +6,7 @@
 #include "storage/documentimageio.h"
 #include "storage/projectfile.h"
 #include "palette/standardpalettes.h"
+#include "operations/selectionlist.h"
 
 #include <QCryptographicHash>
 #include <QJsonArray>
@@ -67,7 +68,7 @@ int projectCreate(CliContext &ctx)
     if (!isProjectPath(out))
         throw CliUsageError{QStringLiteral("'%1' is not a project file name (*.cxw)").arg(out)};
     if (args.has(selectOption))
-        parseIndexList(args.value(selectOption)); // wrong usage is found before anything is read
+        checkSelectionList(args.value(selectOption)); // wrong usage is found before anything is read
 
     // As the window does it: the palette is opened first, so an RGB image opened after it stays.
     ProjectData project;
@@ -95,7 +96,7 @@ int projectCreate(CliContext &ctx)
         }
     }
     if (args.has(selectOption))
-        project.selection = selectionFromList(args.value(selectOption), project.palette.size());
+        project.selection = SelectionList::parse(args.value(selectOption), project.palette.size());
     ProjectFile::write(out, project);
     return ExitOk;
 }

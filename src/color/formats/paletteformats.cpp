@@ -1,11 +1,11 @@
 #include "formats/paletteformats.h"
 
 #include "palette/describedexception.h"
+#include "formats/writefileatomically.h"
 #include "formats/paletteformatio.h"
 
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 #include <QTextCodec>
 
 #include <cstdio>
@@ -315,14 +315,7 @@ void exportPalette(const QString &path, const Palette<uint> &palette, int format
     const QByteArray bytes = paletteBytes(format, palette, path, options);
     const QString notBuilt =
         QStringLiteral("The destination file\n'") + path + QStringLiteral("'\ncould not be built.");
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        failExport(notBuilt);
-    if (file.write(bytes) != bytes.size()) {
-        file.cancelWriting();
-        failExport(notBuilt);
-    }
-    if (!file.commit())
+    if (!writeFileAtomically(path, bytes).ok())
         failExport(notBuilt);
 }
 

@@ -23,8 +23,6 @@ class IColorSpace
 {
 public:
     virtual ~IColorSpace();
-    // Kept free so that the table of operations keeps its order; nothing calls it.
-    virtual void reserved();
     virtual void toRgb(Rgb &out) const = 0;
     virtual void copyTo(IColorSpace &other) const = 0;
     // The space's forward conversion from Rgb.

@@ -1,33 +1,35 @@
 #include "conversion/imageconvertsettings.h"
 
 #include "conversion/imageconverter.h"
-#include "storage/settingsvalues.h"
-
-using namespace SettingsValues;
+#include "storage/settingsfields.h"
 
 const QString ImageConvertSettings::settingsName = QStringLiteral("image_format_convert");
+
+namespace {
+
+const SettingsFields<ImageConvertSettings> &convertFields()
+{
+    using S = ImageConvertSettings;
+    using F = SettingsFields<S>;
+    static const F fields({
+        F::listPosition(QStringLiteral("mode"), &S::mode, 2),
+        F::listPosition(QStringLiteral("palette"), &S::palette, 5),
+        F::flag(QStringLiteral("interpolate"), &S::interpolate),
+        F::text(QStringLiteral("db_palette"), &S::dbPalette),
+        F::text(QStringLiteral("file_palette"), &S::filePalette),
+        // Batch application only.
+        F::text(QStringLiteral("extension"), &S::extension).extraKey(),
+        F::text(QStringLiteral("folder"), &S::folder).extraKey(),
+    });
+    return fields;
+}
+
+} // namespace
 
 ImageConvertSettings ImageConvertSettings::fromPairs(const SettingsText::Pairs &pairs,
                                                      const ImageConvertSettings &base)
 {
-    ImageConvertSettings s = base;
-    for (const auto &[key, value] : pairs) {
-        if (key == QLatin1String("mode"))
-            s.mode = listPosition(key, value, 2);
-        else if (key == QLatin1String("palette"))
-            s.palette = listPosition(key, value, 5);
-        else if (key == QLatin1String("interpolate"))
-            s.interpolate = flag(key, value);
-        else if (key == QLatin1String("db_palette"))
-            s.dbPalette = value;
-        else if (key == QLatin1String("file_palette"))
-            s.filePalette = value;
-        else if (key == QLatin1String("extension"))
-            s.extension = value;
-        else if (key == QLatin1String("folder"))
-            s.folder = value;
-    }
-    return s;
+    return convertFields().read(pairs, base);
 }
 
 ImageConvertSettings ImageConvertSettings::fromPairs(const SettingsText::Pairs &pairs)
@@ -37,16 +39,7 @@ ImageConvertSettings ImageConvertSettings::fromPairs(const SettingsText::Pairs &
 
 SettingsText::Pairs ImageConvertSettings::toPairs(bool batch) const
 {
-    SettingsText::Pairs pairs{{QStringLiteral("mode"), text(mode)},
-                              {QStringLiteral("palette"), text(palette)},
-                              {QStringLiteral("interpolate"), text(interpolate)},
-                              {QStringLiteral("db_palette"), dbPalette},
-                              {QStringLiteral("file_palette"), filePalette}};
-    if (batch) {
-        pairs.emplace_back(QStringLiteral("extension"), extension);
-        pairs.emplace_back(QStringLiteral("folder"), folder);
-    }
-    return pairs;
+    return convertFields().write(*this, batch);
 }
 
 void ImageConvertSettings::configure(ImageConverter &engine, const Palette<uint> &given) const

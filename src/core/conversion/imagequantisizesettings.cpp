@@ -2,35 +2,38 @@
 
 #include "conversion/imagequantisizer.h"
 #include "quantization/quantization_algorithmfixedsize.h"
-#include "storage/settingsvalues.h"
-
-using namespace SettingsValues;
+#include "storage/settingsfields.h"
 
 const QString ImageQuantisizeSettings::settingsName = QStringLiteral("image_quantisize");
+
+namespace {
+
+const SettingsFields<ImageQuantisizeSettings> &quantisizeFields()
+{
+    using S = ImageQuantisizeSettings;
+    using F = SettingsFields<S>;
+    static const F fields({
+        F::listPosition(QStringLiteral("format"), &S::format, 2),
+        F::listPosition(QStringLiteral("palette"), &S::palette, 8),
+        F::integer(QStringLiteral("bw_threshold"), &S::bwThreshold, 0, 255),
+        F::text(QStringLiteral("db_palette"), &S::dbPalette),
+        F::text(QStringLiteral("file_palette"), &S::filePalette),
+        F::listPosition(QStringLiteral("dither"), &S::dither, 13),
+        // The quantised source's method and size come from the command line; the dialog stores neither.
+        F::listPosition(QStringLiteral("method"), &S::method,
+                        int(Quantization_AlgorithmFixedSize::LastMethod) + 1)
+            .extraKey(),
+        F::integer(QStringLiteral("colors"), &S::colors, 1, SettingsValues::maximumPaletteSize).extraKey(),
+    });
+    return fields;
+}
+
+} // namespace
 
 ImageQuantisizeSettings ImageQuantisizeSettings::fromPairs(const SettingsText::Pairs &pairs,
                                                            const ImageQuantisizeSettings &base)
 {
-    ImageQuantisizeSettings s = base;
-    for (const auto &[key, value] : pairs) {
-        if (key == QLatin1String("format"))
-            s.format = listPosition(key, value, 2);
-        else if (key == QLatin1String("palette"))
-            s.palette = listPosition(key, value, 8);
-        else if (key == QLatin1String("bw_threshold"))
-            s.bwThreshold = clampedInteger(key, value, 0, 255);
-        else if (key == QLatin1String("db_palette"))
-            s.dbPalette = value;
-        else if (key == QLatin1String("file_palette"))
-            s.filePalette = value;
-        else if (key == QLatin1String("dither"))
-            s.dither = listPosition(key, value, 13);
-        else if (key == QLatin1String("method"))
-            s.method = listPosition(key, value, int(Quantization_AlgorithmFixedSize::LastMethod) + 1);
-        else if (key == QLatin1String("colors"))
-            s.colors = clampedInteger(key, value, 1, maximumPaletteSize);
-    }
-    return s;
+    return quantisizeFields().read(pairs, base);
 }
 
 ImageQuantisizeSettings ImageQuantisizeSettings::fromPairs(const SettingsText::Pairs &pairs)
@@ -40,12 +43,7 @@ ImageQuantisizeSettings ImageQuantisizeSettings::fromPairs(const SettingsText::P
 
 SettingsText::Pairs ImageQuantisizeSettings::toPairs() const
 {
-    return {{QStringLiteral("format"), text(format)},
-            {QStringLiteral("palette"), text(palette)},
-            {QStringLiteral("bw_threshold"), text(bwThreshold)},
-            {QStringLiteral("db_palette"), dbPalette},
-            {QStringLiteral("file_palette"), filePalette},
-            {QStringLiteral("dither"), text(dither)}};
+    return quantisizeFields().write(*this);
 }
 
 void ImageQuantisizeSettings::configure(ImageQuantisizer &engine, const Palette<uint> &given) const

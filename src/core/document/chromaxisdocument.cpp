@@ -2,10 +2,10 @@
 
 #include "operations/paletteoperations.h"
 #include "palette/describedexception.h"
+#include "formats/writefileatomically.h"
 #include "palette/standardpalettes.h"
 
 #include <QFile>
-#include <QSaveFile>
 #include <QTextStream>
 
 ChromaxisDocument::ChromaxisDocument(QObject *parent) : QObject(parent), m_history(this)
@@ -278,14 +278,10 @@ std::set<int> readSelectionFile(const QString &path)
 
 void writeSelectionFile(const QString &path, const std::set<int> &selection)
 {
-    QSaveFile f(path);
-    if (!f.open(QIODevice::WriteOnly))
-        throw DescribedException(QStringLiteral("Could not save"),
-                                 QStringLiteral("Could not open file '%1'.").arg(path));
     QByteArray text;
     for (int i : selection)
         text += QByteArray::number(i) + '\n';
-    if (f.write(text) != text.size() || !f.commit())
+    if (!writeFileAtomically(path, text).ok())
         throw DescribedException(QStringLiteral("Could not save"),
                                  QStringLiteral("Could not open file '%1'.").arg(path));
 }

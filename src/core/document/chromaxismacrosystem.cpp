@@ -1,10 +1,10 @@
 #include "document/chromaxismacrosystem.h"
 
 #include "palette/describedexception.h"
+#include "formats/writefileatomically.h"
 
 #include <QFile>
 #include <QLoggingCategory>
-#include <QSaveFile>
 #include <QStringList>
 
 namespace {
@@ -135,9 +135,7 @@ std::vector<Step> decode(const QByteArray &text, const QString &path)
 
 void write(const QString &path, const std::vector<Step> &steps)
 {
-    QSaveFile f(path);
-    const QByteArray bytes = encode(steps);
-    if (!f.open(QIODevice::WriteOnly) || f.write(bytes) != bytes.size() || !f.commit())
+    if (!writeFileAtomically(path, encode(steps)).ok())
         throw DescribedException(QStringLiteral("Error on writing macro"),
                                  QStringLiteral("The destination file\n'%1'\ncould not be built.").arg(path));
 }

@@ -5,10 +5,11 @@
 #include "conversion/imagequantisizer.h"
 #include "document/chromaxisdocument.h"
 #include "document/documentproject.h"
-#include "document/macroplayer.h"
 #include "formats/paletteformats.h"
+#include "formats/writefileatomically.h"
 #include "operations/paletteedits.h"
 #include "operations/paletteoperations.h"
+#include "operations/selectionlist.h"
 #include "operations/selectionpattern.h"
 #include "palette/describedexception.h"
 #include "palette/standardpalettes.h"
@@ -17,7 +18,6 @@
 
 #include <QCoreApplication>
 #include <QFileInfo>
-#include <QSaveFile>
 #include <QTextStream>
 
 namespace {
@@ -25,6 +25,13 @@ namespace {
 QString tr(const char *text)
 {
     return QCoreApplication::translate("DocumentCommands", text);
+}
+
+// A palette operation acts on the whole palette when nothing is selected; its step says so by
+// carrying no selection at all.
+QString operationSelection(const std::set<int> &selection)
+{
+    return selection.empty() ? QString() : SelectionList::parameterLine(selection);
 }
 
 QString colorText(const RGBAColor<uint> &c)
@@ -56,13 +63,6 @@ void DocumentCommands::record(const QString &step, const QString &parameters)
 {
     if (m_recording == RecordSteps)
         m_document.recordMacroStep(step, parameters);
-}
-
-QString DocumentCommands::selectionLine(const std::set<int> &selection)
-{
-    if (selection.empty())
-        return QString();
-    return QStringLiteral("selection:%1\n").arg(MacroPlayer::selectionText(selection));
 }
 
 void DocumentCommands::requireImage(const QString &step) const
@@ -172,14 +172,13 @@ void DocumentCommands::savePalette(const QString &path)
 
 void DocumentCommands::exportPaletteText(const QString &path, const PaletteTextEncoder::Template &encoderTemplate)
 {
-    QSaveFile file(path);
-    bool ok = file.open(QIODevice::WriteOnly | QIODevice::Truncate);
-    if (ok) {
-        QTextStream stream(&file);
+    const FileWriteResult written = writeFileAtomically(path, [&](QIODevice &device) {
+        QTextStream stream(&device);
         PaletteTextEncoder::encode(encoderTemplate, m_document.palette(), {}, stream);
         stream.flush();
-        ok = stream.status() == QTextStream::Ok && file.commit();
-    }
+        return stream.status() == QTextStream::Ok;
+    });
+    const bool ok = written.ok();
     if (!ok)
         throw DescribedException(tr("Could not save"),
                                  tr("Unable to save palette under\n%1.\nCould not open file.").arg(path));
@@ -215,13 +214,13 @@ void DocumentCommands::applyPaletteOperation(const QString &name, const std::set
 {
     m_document.setPaletteResult(PaletteOperations::apply(name, m_document.palette(), selection, settings),
                                 ChromaxisDocument::originOf(name));
-    record(name, SettingsText::formatLines(settings) + selectionLine(selection));
+    record(name, SettingsText::formatLines(settings) + operationSelection(selection));
 }
 
 void DocumentCommands::installPalette(const Palette<uint> &palette, const QString &step, const QString &settingsText)
 {
     m_document.setPaletteResult(palette, ChromaxisDocument::originOf(step));
-    record(step, settingsText + selectionLine(m_document.selection()));
+    record(step, settingsText + operationSelection(m_document.selection()));
 }
 
 bool DocumentCommands::setPaletteSize(int size)
@@ -272,14 +271,14 @@ void DocumentCommands::setFillColor(const RGBAColor<uint> &color)
 
 // ---- Edits ---------------------------------------------------------------------------------------
 
-std::vector<RGBAColor<uint>> DocumentCommands::copy(const std::set<int> &selection) const
+std::vector<RGBAColor<uint>> DocumentCommands::copy(const std::set<int> &selection)
 {
     std::vector<RGBAColor<uint>> colors;
     const Palette<uint> &palette = m_document.palette();
     for (int i = 0; i < palette.size(); ++i)
         if (selection.empty() || selection.count(i))
             colors.push_back(PaletteEdits::throughClipboard(palette[i]));
-    const_cast<DocumentCommands *>(this)->record(QStringLiteral("copy"), selectionLine(selection));
+    record(QStringLiteral("copy"), SelectionList::parameterLine(selection));
     return colors;
 }
 
@@ -291,7 +290,7 @@ void DocumentCommands::paste(const std::set<int> &selection, const std::vector<R
                         s.fillColor);
     m_document.setSelection({});
     m_document.setPalette(palette);
-    record(QStringLiteral("paste"), selectionLine(selection));
+    record(QStringLiteral("paste"), SelectionList::parameterLine(selection));
 }
 
 void DocumentCommands::replace(const std::set<int> &selection, const std::vector<RGBAColor<uint>> &colors)
@@ -300,7 +299,7 @@ void DocumentCommands::replace(const std::set<int> &selection, const std::vector
     if (PaletteEdits::replaceSelected(palette, selection, colors) == 0)
         return;
     m_document.setPalette(palette);
-    record(QStringLiteral("replace"), selectionLine(selection));
+    record(QStringLiteral("replace"), SelectionList::parameterLine(selection));
 }
 
 void DocumentCommands::remove(const std::set<int> &selection)
@@ -310,7 +309,7 @@ void DocumentCommands::remove(const std::set<int> &selection)
     PaletteEdits::removeSelected(palette, selection, s.fixedSize, s.fillColor);
     m_document.setSelection({});
     m_document.setPalette(palette);
-    record(QStringLiteral("delete"), selectionLine(selection));
+    record(QStringLiteral("delete"), SelectionList::parameterLine(selection));
 }
 
 void DocumentCommands::setColor(const std::set<int> &selection, const RGBAColor<uint> &color)
@@ -319,7 +318,7 @@ void DocumentCommands::setColor(const std::set<int> &selection, const RGBAColor<
     if (PaletteEdits::setSelected(palette, selection, color) == 0)
         return;
     m_document.setPalette(palette);
-    record(QStringLiteral("edit"), selectionLine(selection) + QStringLiteral("color:%1\n").arg(colorText(color)));
+    record(QStringLiteral("edit"), SelectionList::parameterLine(selection) + QStringLiteral("color:%1\n").arg(colorText(color)));
 }
 
 // ---- Selection -----------------------------------------------------------------------------------

@@ -73,7 +73,7 @@ public:
 
     // ---- Edits of the selected entries (the window edits through its palette view, whose
     // clipboard is the system's; these carry the same edits for replays and scripts)
-    std::vector<RGBAColor<uint>> copy(const std::set<int> &selection) const;
+    std::vector<RGBAColor<uint>> copy(const std::set<int> &selection);
     void paste(const std::set<int> &selection, const std::vector<RGBAColor<uint>> &colors, bool single);
     void replace(const std::set<int> &selection, const std::vector<RGBAColor<uint>> &colors);
     void remove(const std::set<int> &selection);
@@ -106,9 +106,6 @@ public:
     void clearHistory();
     // Steps that move only the view; recorded so a replay keeps the user's sequence.
     void recordViewStep(const QString &step);
-
-    // The "selection:..." line a step carries for the entries it acted on; empty for none.
-    static QString selectionLine(const std::set<int> &selection);
 
 private:
     void record(const QString &step, const QString &parameters = {});

@@ -4,6 +4,7 @@
 #include "document/chromaxisdocument.h"
 #include "document/documentcommands.h"
 #include "operations/paletteoperations.h"
+#include "operations/selectionlist.h"
 #include "palette/describedexception.h"
 #include "storage/palettedatabase.h"
 
@@ -18,10 +19,17 @@ QString required(const MacroPlayer::Parameters &p, const QString &key, const QSt
     return it->second;
 }
 
+// The selection a step recorded, or the document's when it recorded none.
 std::set<int> stepSelection(const ChromaxisDocument &doc, const MacroPlayer::Parameters &p)
 {
-    const auto it = p.find(QStringLiteral("selection"));
-    return it == p.end() ? doc.selection() : MacroPlayer::selectionFromText(it->second);
+    const auto it = p.find(SelectionList::parameterKey);
+    if (it == p.end())
+        return doc.selection();
+    try {
+        return SelectionList::parse(it->second);
+    } catch (const DescribedException &e) {
+        throw DescribedException(QStringLiteral("Error on playing macro"), e.message());
+    }
 }
 
 RGBAColor<uint> colorFromText(const QString &text, const QString &step)
@@ -181,39 +189,4 @@ MacroPlayer::Parameters MacroPlayer::parseParameters(const QString &text)
             p[line.left(colon)] = line.mid(colon + 1);
     }
     return p;
-}
-QString MacroPlayer::selectionText(const std::set<int> &selection)
-{
-    QStringList parts;
-    auto it = selection.begin();
-    while (it != selection.end()) {
-        const int first = *it;
-        int last = first;
-        auto next = std::next(it);
-        while (next != selection.end() && *next == last + 1) {
-            last = *next;
-            ++next;
-        }
-        parts << (first == last ? QString::number(first) : QStringLiteral("%1-%2").arg(first).arg(last));
-        it = next;
-    }
-    return parts.join(',');
-}
-
-std::set<int> MacroPlayer::selectionFromText(const QString &text)
-{
-    std::set<int> out;
-    for (const QString &part : text.split(',', Qt::SkipEmptyParts)) {
-        const int dash = part.indexOf('-');
-        bool ok1 = false, ok2 = true;
-        const int a = part.left(dash < 0 ? part.size() : dash).trimmed().toInt(&ok1);
-        const int b = dash < 0 ? a : part.mid(dash + 1).trimmed().toInt(&ok2);
-        // A selection names entries of a palette, so it can never need more than a palette holds.
-        if (!ok1 || !ok2 || a < 0 || b < a || b - a > (1 << 20))
-            throw DescribedException(QStringLiteral("Error on playing macro"),
-                                     QStringLiteral("The selection '%1' cannot be read.").arg(text));
-        for (int i = a; i <= b; ++i)
-            out.insert(i);
-    }
-    return out;
 }

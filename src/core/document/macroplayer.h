@@ -45,9 +45,6 @@ public:
     Report play(ChromaxisDocument &document, const std::vector<MacroFile::Step> &steps);
 
     static Parameters parseParameters(const QString &text);
-    // "3,5-7" and back, for the selection a step acted on.
-    static QString selectionText(const std::set<int> &selection);
-    static std::set<int> selectionFromText(const QString &text);
 
     // The colours "copy" put aside, for a later "paste" or "replace" of the same macro: a replay
     // must not depend on what the system clipboard holds at the time.

@@ -3,6 +3,7 @@
 #include <QFile>
 
 #include "spaces/colorconversion.h"
+#include "storage/settingsfields.h"
 
 #include <QTextCodec>
 #include <QTextStream>
@@ -35,6 +36,20 @@ QString twoHexDigits(uint value)
 QString general(double value)
 {
     return QString::number(value, 'g', 6);
+}
+
+const SettingsFields<PaletteTextEncoder::Template> &templateFields()
+{
+    using T = PaletteTextEncoder::Template;
+    using F = SettingsFields<T>;
+    static const F fields({
+        F::text(QStringLiteral("header"), &T::header),
+        F::text(QStringLiteral("entry"), &T::entry),
+        F::text(QStringLiteral("divider"), &T::divider),
+        F::text(QStringLiteral("bottom"), &T::bottom),
+        F::text(QStringLiteral("encoding"), &T::encoding),
+    });
+    return fields;
 }
 
 } // namespace
@@ -133,22 +148,12 @@ QString PaletteTextEncoder::singleColourPattern(int format)
 PaletteTextEncoder::Template PaletteTextEncoder::fromSettings(const SettingsText::Pairs &pairs,
                                                               const Template &base)
 {
-    Template t = base;
-    t.header = SettingsText::value(pairs, QStringLiteral("header"), base.header);
-    t.entry = SettingsText::value(pairs, QStringLiteral("entry"), base.entry);
-    t.divider = SettingsText::value(pairs, QStringLiteral("divider"), base.divider);
-    t.bottom = SettingsText::value(pairs, QStringLiteral("bottom"), base.bottom);
-    t.encoding = SettingsText::value(pairs, QStringLiteral("encoding"), base.encoding);
-    return t;
+    return templateFields().read(pairs, base);
 }
 
 SettingsText::Pairs PaletteTextEncoder::toSettings(const Template &tmpl)
 {
-    return {{QStringLiteral("header"), tmpl.header},
-            {QStringLiteral("entry"), tmpl.entry},
-            {QStringLiteral("divider"), tmpl.divider},
-            {QStringLiteral("bottom"), tmpl.bottom},
-            {QStringLiteral("encoding"), tmpl.encoding}};
+    return templateFields().write(tmpl);
 }
 
 const std::vector<PaletteTextEncoder::Preset> &PaletteTextEncoder::presets()

@@ -1,8 +1,8 @@
 #include "operations/colorinterpolation.h"
 
-#include "spaces/colorspace.h"
 #include "palette/describedexception.h"
-#include "storage/settingsvalues.h"
+#include "spaces/colorspace.h"
+#include "storage/settingsfields.h"
 
 #include <algorithm>
 #include <cmath>
@@ -13,12 +13,30 @@ const QString InterpolationSettings::settingsName = QStringLiteral("interpolatio
 
 namespace {
 
-const QString keyIndex = QStringLiteral("index");
-const QString keyColor = QStringLiteral("color");
-const QString keySpace = QStringLiteral("colorSpace");
-const QString keyFunction = QStringLiteral("function");
 const QString keyTickEnd = QStringLiteral("tickend");
-const QString keySize = QStringLiteral("size");
+
+// The keys of one colour tick's record, which a "tickend" line closes.
+const SettingsFields<ColorTick> &tickFields()
+{
+    using F = SettingsFields<ColorTick>;
+    static const F fields({
+        F::integer(QStringLiteral("index"), &ColorTick::index, 0, InterpolationSettings::highestIndex),
+        F::unsignedWord(QStringLiteral("color"), &ColorTick::color),
+        F::integer(QStringLiteral("colorSpace"), &ColorTick::colorSpace),
+        F::integer(QStringLiteral("function"), &ColorTick::function),
+    });
+    return fields;
+}
+
+// The keys after the records.
+const SettingsFields<InterpolationSettings> &interpolationFields()
+{
+    using F = SettingsFields<InterpolationSettings>;
+    static const F fields({
+        F::integer(QStringLiteral("size"), &InterpolationSettings::size, 1, maximumPaletteSize),
+    });
+    return fields;
+}
 
 } // namespace
 
@@ -31,25 +49,15 @@ InterpolationSettings InterpolationSettings::fromPairs(const SettingsText::Pairs
     bool open = false;
     ColorTick tick;
     for (const auto &[key, value] : pairs) {
-        if (key == keyIndex) {
-            tick.index = clampedInteger(key, value, 0, highestIndex);
-            open = true;
-        } else if (key == keyColor) {
-            tick.color = unsignedWord(key, value);
-            open = true;
-        } else if (key == keySpace) {
-            tick.colorSpace = integer(key, value);
-            open = true;
-        } else if (key == keyFunction) {
-            tick.function = integer(key, value);
+        if (tickFields().readOne(tick, key, value)) {
             open = true;
         } else if (key == keyTickEnd) {
             ticks.push_back(tick);
             tick = ColorTick();
             anyRecord = true;
             open = false;
-        } else if (key == keySize) {
-            s.size = clampedInteger(key, value, 1, maximumPaletteSize);
+        } else {
+            interpolationFields().readOne(s, key, value);
         }
     }
     if (open)
@@ -72,13 +80,12 @@ SettingsText::Pairs InterpolationSettings::toPairs() const
 {
     SettingsText::Pairs pairs;
     for (const ColorTick &t : ticks) {
-        pairs.emplace_back(keyIndex, text(t.index));
-        pairs.emplace_back(keyColor, text(t.color));
-        pairs.emplace_back(keySpace, text(t.colorSpace));
-        pairs.emplace_back(keyFunction, text(t.function));
+        const SettingsText::Pairs record = tickFields().write(t);
+        pairs.insert(pairs.end(), record.begin(), record.end());
         pairs.emplace_back(keyTickEnd, QString());
     }
-    pairs.emplace_back(keySize, text(size));
+    const SettingsText::Pairs rest = interpolationFields().write(*this);
+    pairs.insert(pairs.end(), rest.begin(), rest.end());
     return pairs;
 }
 

@@ -1,6 +1,6 @@
 #include "operations/cosinepalette.h"
 
-#include "storage/settingsvalues.h"
+#include "storage/settingsfields.h"
 
 #include <cmath>
 
@@ -10,25 +10,31 @@ const QString CosinePaletteSettings::settingsName = QStringLiteral("cosini");
 
 namespace {
 
-const char channelSuffix[3] = {'r', 'g', 'b'};
-
-QString coefficientKey(char coefficient, size_t channel)
+const SettingsFields<CosinePaletteSettings> &cosineFields()
 {
-    return QStringLiteral("%1_%2").arg(QLatin1Char(coefficient)).arg(QLatin1Char(channelSuffix[channel]));
-}
-
-double *coefficient(CosinePaletteSettings::Channel &ch, char which)
-{
-    switch (which) {
-    case 'a':
-        return &ch.a;
-    case 'b':
-        return &ch.b;
-    case 'c':
-        return &ch.c;
-    default:
-        return &ch.d;
-    }
+    using S = CosinePaletteSettings;
+    using F = SettingsFields<S>;
+    static const F fields([] {
+        std::vector<F::Field> list;
+        // "a_r" .. "d_r", then green and blue likewise.
+        const char channelSuffix[3] = {'r', 'g', 'b'};
+        const std::pair<char, double S::Channel::*> coefficients[4] = {
+            {'a', &S::Channel::a}, {'b', &S::Channel::b}, {'c', &S::Channel::c}, {'d', &S::Channel::d}};
+        for (size_t ch = 0; ch < 3; ++ch)
+            for (const auto &coefficient : coefficients) {
+                double S::Channel::*const member = coefficient.second;
+                list.push_back(F::number(
+                    QStringLiteral("%1_%2")
+                        .arg(QLatin1Char(coefficient.first))
+                        .arg(QLatin1Char(channelSuffix[ch])),
+                    [ch, member](auto &s) -> auto & { return s.channels[ch].*member; },
+                    S::coefficientMinimum, S::coefficientMaximum));
+            }
+        list.push_back(F::integer(QStringLiteral("size"), &S::size, 1, maximumPaletteSize));
+        list.push_back(F::flag(QStringLiteral("keep_aspect"), &S::keepAspect));
+        return list;
+    }());
+    return fields;
 }
 
 uint channelValue(const CosinePaletteSettings::Channel &ch, double t)
@@ -42,21 +48,7 @@ uint channelValue(const CosinePaletteSettings::Channel &ch, double t)
 CosinePaletteSettings CosinePaletteSettings::fromPairs(const SettingsText::Pairs &pairs,
                                                        const CosinePaletteSettings &base)
 {
-    CosinePaletteSettings s = base;
-    for (const auto &[key, value] : pairs) {
-        if (key == QLatin1String("size")) {
-            s.size = clampedInteger(key, value, 1, maximumPaletteSize);
-        } else if (key == QLatin1String("keep_aspect")) {
-            s.keepAspect = flag(key, value);
-        } else if (key.size() == 3 && key[1] == QLatin1Char('_')) {
-            for (size_t ch = 0; ch < 3; ++ch)
-                for (const char which : {'a', 'b', 'c', 'd'})
-                    if (key == coefficientKey(which, ch))
-                        *coefficient(s.channels[ch], which) =
-                            clampedNumber(key, value, coefficientMinimum, coefficientMaximum);
-        }
-    }
-    return s;
+    return cosineFields().read(pairs, base);
 }
 
 CosinePaletteSettings CosinePaletteSettings::fromPairs(const SettingsText::Pairs &pairs)
@@ -66,15 +58,7 @@ CosinePaletteSettings CosinePaletteSettings::fromPairs(const SettingsText::Pairs
 
 SettingsText::Pairs CosinePaletteSettings::toPairs() const
 {
-    SettingsText::Pairs pairs;
-    for (size_t ch = 0; ch < 3; ++ch) {
-        Channel c = channels[ch];
-        for (const char which : {'a', 'b', 'c', 'd'})
-            pairs.emplace_back(coefficientKey(which, ch), text(*coefficient(c, which)));
-    }
-    pairs.emplace_back(QStringLiteral("size"), text(size));
-    pairs.emplace_back(QStringLiteral("keep_aspect"), text(keepAspect));
-    return pairs;
+    return cosineFields().write(*this);
 }
 
 namespace CosinePalette {

@@ -1,7 +1,7 @@
 #include "operations/paletteblur.h"
 
 #include "spaces/colorspace.h"
-#include "storage/settingsvalues.h"
+#include "storage/settingsfields.h"
 
 #include <cmath>
 
@@ -11,44 +11,46 @@ const QString BlurSettings::settingsName = QStringLiteral("blur");
 
 namespace {
 
-const QString keyMode = QStringLiteral("mode");
-const QString keyMethod = QStringLiteral("method");
-const QString keyWrap = QStringLiteral("wrap");
-const QString keyMaster = QStringLiteral("value");
-const QString keySelOnly = QStringLiteral("sel_only");
-
 QString componentKey(int k)
 {
     return QStringLiteral("comp%1").arg(k + 1);
+}
+
+int methodValue(const QString &key, const QString &value)
+{
+    const int m = integer(key, value);
+    if (m != BlurSettings::RunningMean && m != BlurSettings::Gauss)
+        invalid(key, value, QStringLiteral("a method 0 (running mean) or 1 (normal)"));
+    return m;
+}
+
+const SettingsFields<BlurSettings> &blurFields()
+{
+    using S = BlurSettings;
+    using F = SettingsFields<S>;
+    static const F fields([] {
+        std::vector<F::Field> list{
+            F::colourSpace(QStringLiteral("mode"), &S::mode),
+            F::field(QStringLiteral("method"), &S::method, methodValue),
+            F::flag(QStringLiteral("wrap"), &S::wrap),
+            // "Master size" moves the four radius controls as it is set.
+            F::integer(QStringLiteral("value"), &S::master, 0, S::maximumRadius).thenApply([](S &s) {
+                s.radii.fill(s.master);
+            })};
+        for (size_t k = 0; k < 4; ++k)
+            list.push_back(F::integer(
+                componentKey(int(k)), [k](auto &s) -> auto & { return s.radii[k]; }, 0, S::maximumRadius));
+        list.push_back(F::selectedOnly(&S::selectedOnly));
+        return list;
+    }());
+    return fields;
 }
 
 } // namespace
 
 BlurSettings BlurSettings::fromPairs(const SettingsText::Pairs &pairs, const BlurSettings &base)
 {
-    BlurSettings s = base;
-    for (const auto &[key, value] : pairs) {
-        if (key == keyMode) {
-            s.mode = colourSpace(key, value);
-        } else if (key == keyMethod) {
-            const int m = integer(key, value);
-            if (m != RunningMean && m != Gauss)
-                invalid(key, value, QStringLiteral("a method 0 (running mean) or 1 (normal)"));
-            s.method = m;
-        } else if (key == keyWrap) {
-            s.wrap = flag(key, value);
-        } else if (key == keyMaster) {
-            s.master = clampedInteger(key, value, 0, maximumRadius);
-            s.radii.fill(s.master);
-        } else if (key == keySelOnly) {
-            s.selectedOnly = flag(key, value);
-        } else {
-            for (int k = 0; k < 4; ++k)
-                if (key == componentKey(k))
-                    s.radii[size_t(k)] = clampedInteger(key, value, 0, maximumRadius);
-        }
-    }
-    return s;
+    return blurFields().read(pairs, base);
 }
 
 BlurSettings BlurSettings::fromPairs(const SettingsText::Pairs &pairs)
@@ -58,12 +60,7 @@ BlurSettings BlurSettings::fromPairs(const SettingsText::Pairs &pairs)
 
 SettingsText::Pairs BlurSettings::toPairs() const
 {
-    SettingsText::Pairs pairs{
-        {keyMode, text(mode)}, {keyMethod, text(method)}, {keyWrap, text(wrap)}, {keyMaster, text(master)}};
-    for (int k = 0; k < 4; ++k)
-        pairs.emplace_back(componentKey(k), text(radii[size_t(k)]));
-    pairs.emplace_back(keySelOnly, text(selectedOnly));
-    return pairs;
+    return blurFields().write(*this);
 }
 
 namespace PaletteBlur {

@@ -1,8 +1,8 @@
 #include "operations/palettetint.h"
 
-#include "spaces/colorspace.h"
 #include "operations/palettegenerators.h"
-#include "storage/settingsvalues.h"
+#include "spaces/colorspace.h"
+#include "storage/settingsfields.h"
 
 using namespace SettingsValues;
 
@@ -11,27 +11,42 @@ const QString GradientTintSettings::settingsName = QStringLiteral("gradienttint"
 
 namespace {
 
-const QString keySelOnly = QStringLiteral("sel_only");
+// Percent, as the opacity sliders hold it.
+const int opacityMaximum = 100;
 
-int opacityValue(const QString &key, const QString &value)
+const SettingsFields<TintSettings> &tintFields()
 {
-    return clampedInteger(key, value, 0, 100);
+    using F = SettingsFields<TintSettings>;
+    static const F fields({
+        F::colour(QStringLiteral("color"), &TintSettings::color),
+        F::integer(QStringLiteral("opacity"), &TintSettings::opacity, 0, opacityMaximum),
+        F::selectedOnly(&TintSettings::selectedOnly),
+    });
+    return fields;
+}
+
+const SettingsFields<GradientTintSettings> &gradientTintFields()
+{
+    using F = SettingsFields<GradientTintSettings>;
+    using S = GradientTintSettings;
+    static const F fields({
+        F::colour(QStringLiteral("color1"), &S::color1),
+        F::integer(QStringLiteral("opacity1"), &S::opacity1, 0, opacityMaximum),
+        F::colour(QStringLiteral("color2"), &S::color2),
+        F::integer(QStringLiteral("opacity2"), &S::opacity2, 0, opacityMaximum),
+        F::colourSpace(QStringLiteral("mode"), &S::mode),
+        F::selectedOnly(&S::selectedOnly),
+        F::integer(QStringLiteral("begin"), &S::begin, 0, maximumPaletteSize - 1).extraKey(),
+        F::integer(QStringLiteral("end"), &S::end, 0, maximumPaletteSize - 1).extraKey(),
+    });
+    return fields;
 }
 
 } // namespace
 
 TintSettings TintSettings::fromPairs(const SettingsText::Pairs &pairs, const TintSettings &base)
 {
-    TintSettings s = base;
-    for (const auto &[key, value] : pairs) {
-        if (key == QLatin1String("color"))
-            s.color = colour(key, value);
-        else if (key == QLatin1String("opacity"))
-            s.opacity = opacityValue(key, value);
-        else if (key == keySelOnly)
-            s.selectedOnly = flag(key, value);
-    }
-    return s;
+    return tintFields().read(pairs, base);
 }
 
 TintSettings TintSettings::fromPairs(const SettingsText::Pairs &pairs)
@@ -41,34 +56,13 @@ TintSettings TintSettings::fromPairs(const SettingsText::Pairs &pairs)
 
 SettingsText::Pairs TintSettings::toPairs() const
 {
-    return {{QStringLiteral("color"), text(color)},
-            {QStringLiteral("opacity"), text(opacity)},
-            {keySelOnly, text(selectedOnly)}};
+    return tintFields().write(*this);
 }
 
 GradientTintSettings GradientTintSettings::fromPairs(const SettingsText::Pairs &pairs,
                                                      const GradientTintSettings &base)
 {
-    GradientTintSettings s = base;
-    for (const auto &[key, value] : pairs) {
-        if (key == QLatin1String("color1"))
-            s.color1 = colour(key, value);
-        else if (key == QLatin1String("opacity1"))
-            s.opacity1 = opacityValue(key, value);
-        else if (key == QLatin1String("color2"))
-            s.color2 = colour(key, value);
-        else if (key == QLatin1String("opacity2"))
-            s.opacity2 = opacityValue(key, value);
-        else if (key == QLatin1String("mode"))
-            s.mode = colourSpace(key, value);
-        else if (key == keySelOnly)
-            s.selectedOnly = flag(key, value);
-        else if (key == QLatin1String("begin"))
-            s.begin = clampedInteger(key, value, 0, maximumPaletteSize - 1);
-        else if (key == QLatin1String("end"))
-            s.end = clampedInteger(key, value, 0, maximumPaletteSize - 1);
-    }
-    return s;
+    return gradientTintFields().read(pairs, base);
 }
 
 GradientTintSettings GradientTintSettings::fromPairs(const SettingsText::Pairs &pairs)
@@ -78,9 +72,7 @@ GradientTintSettings GradientTintSettings::fromPairs(const SettingsText::Pairs &
 
 SettingsText::Pairs GradientTintSettings::toPairs() const
 {
-    return {{QStringLiteral("color1"), text(color1)}, {QStringLiteral("opacity1"), text(opacity1)},
-            {QStringLiteral("color2"), text(color2)}, {QStringLiteral("opacity2"), text(opacity2)},
-            {QStringLiteral("mode"), text(mode)},     {keySelOnly, text(selectedOnly)}};
+    return gradientTintFields().write(*this);
 }
 
 namespace PaletteTint {

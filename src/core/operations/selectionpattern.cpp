@@ -1,38 +1,31 @@
 #include "operations/selectionpattern.h"
 
-#include "storage/settingsvalues.h"
-
-using namespace SettingsValues;
+#include "storage/settingsfields.h"
 
 const QString SelectionPatternSettings::settingsName = QStringLiteral("selectionpattern");
 
 namespace {
 
-const QString keyStart = QStringLiteral("start_index");
-const QString keyEnd = QStringLiteral("end_index");
-const QString keyFull = QStringLiteral("full_palette");
-const QString keySet = QStringLiteral("set_number");
-const QString keySkip = QStringLiteral("skip_number");
+const SettingsFields<SelectionPatternSettings> &patternFields()
+{
+    using S = SelectionPatternSettings;
+    using F = SettingsFields<S>;
+    static const F fields({
+        F::integer(QStringLiteral("start_index"), &S::startIndex, 0, S::maximum),
+        F::integer(QStringLiteral("end_index"), &S::endIndex, 0, S::maximum),
+        F::flag(QStringLiteral("full_palette"), &S::fullPalette),
+        F::integer(QStringLiteral("set_number"), &S::setNumber, 1, S::maximum),
+        F::integer(QStringLiteral("skip_number"), &S::skipNumber, 0, S::maximum),
+    });
+    return fields;
+}
 
 } // namespace
 
 SelectionPatternSettings SelectionPatternSettings::fromPairs(const SettingsText::Pairs &pairs,
                                                              const SelectionPatternSettings &base)
 {
-    SelectionPatternSettings s = base;
-    for (const auto &[key, value] : pairs) {
-        if (key == keyStart)
-            s.startIndex = clampedInteger(key, value, 0, maximum);
-        else if (key == keyEnd)
-            s.endIndex = clampedInteger(key, value, 0, maximum);
-        else if (key == keyFull)
-            s.fullPalette = flag(key, value);
-        else if (key == keySet)
-            s.setNumber = clampedInteger(key, value, 1, maximum);
-        else if (key == keySkip)
-            s.skipNumber = clampedInteger(key, value, 0, maximum);
-    }
-    return s;
+    return patternFields().read(pairs, base);
 }
 
 SelectionPatternSettings SelectionPatternSettings::fromPairs(const SettingsText::Pairs &pairs)
@@ -42,11 +35,7 @@ SelectionPatternSettings SelectionPatternSettings::fromPairs(const SettingsText:
 
 SettingsText::Pairs SelectionPatternSettings::toPairs() const
 {
-    return {{keyStart, text(startIndex)},
-            {keyEnd, text(endIndex)},
-            {keyFull, text(fullPalette)},
-            {keySet, text(setNumber)},
-            {keySkip, text(skipNumber)}};
+    return patternFields().write(*this);
 }
 
 namespace SelectionPattern {

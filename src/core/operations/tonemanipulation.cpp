@@ -2,7 +2,7 @@
 
 #include "spaces/colorconversion.h"
 #include "spaces/colorspace.h"
-#include "storage/settingsvalues.h"
+#include "storage/settingsfields.h"
 
 #include <cmath>
 
@@ -14,11 +14,52 @@ const QString ComponentManipulationSettings::settingsName = QStringLiteral("comp
 
 namespace {
 
-const QString keySelOnly = QStringLiteral("sel_only");
-
 QString componentKey(int k)
 {
     return QStringLiteral("comp%1").arg(k + 1);
+}
+
+const SettingsFields<BrightnessContrastSettings> &brightnessContrastFields()
+{
+    using S = BrightnessContrastSettings;
+    using F = SettingsFields<S>;
+    static const F fields({
+        F::integer(QStringLiteral("brightness"), &S::brightness, S::minimum, S::maximum),
+        F::integer(QStringLiteral("contrast"), &S::contrast, S::minimum, S::maximum),
+        F::selectedOnly(&S::selectedOnly),
+    });
+    return fields;
+}
+
+const SettingsFields<HueSaturationValueSettings> &hueSaturationValueFields()
+{
+    using S = HueSaturationValueSettings;
+    using F = SettingsFields<S>;
+    static const F fields({
+        F::integer(QStringLiteral("hue"), &S::hue, S::hueMinimum, S::hueMaximum),
+        F::integer(QStringLiteral("saturation"), &S::saturation, S::percentMinimum, S::percentMaximum),
+        F::integer(QStringLiteral("value"), &S::value, S::percentMinimum, S::percentMaximum),
+        F::flag(QStringLiteral("colorize"), &S::colorize),
+        F::selectedOnly(&S::selectedOnly),
+    });
+    return fields;
+}
+
+const SettingsFields<ComponentManipulationSettings> &componentManipulationFields()
+{
+    using S = ComponentManipulationSettings;
+    using F = SettingsFields<S>;
+    static const F fields([] {
+        std::vector<F::Field> list{F::colourSpace(QStringLiteral("mode"), &S::mode)};
+        for (size_t k = 0; k < 4; ++k)
+            list.push_back(F::integer(
+                componentKey(int(k)), [k](auto &s) -> auto & { return s.components[k]; }, S::minimum,
+                S::maximum));
+        list.push_back(F::flag(QStringLiteral("wrap"), &S::wrap));
+        list.push_back(F::selectedOnly(&S::selectedOnly));
+        return list;
+    }());
+    return fields;
 }
 
 // One component shifted and brought into 0..1: wrapped by whole steps of 1 (so exactly 1 stays
@@ -43,16 +84,7 @@ double shifted(double value, double shift, bool wrap)
 BrightnessContrastSettings BrightnessContrastSettings::fromPairs(const SettingsText::Pairs &pairs,
                                                                  const BrightnessContrastSettings &base)
 {
-    BrightnessContrastSettings s = base;
-    for (const auto &[key, value] : pairs) {
-        if (key == QLatin1String("brightness"))
-            s.brightness = clampedInteger(key, value, minimum, maximum);
-        else if (key == QLatin1String("contrast"))
-            s.contrast = clampedInteger(key, value, minimum, maximum);
-        else if (key == keySelOnly)
-            s.selectedOnly = flag(key, value);
-    }
-    return s;
+    return brightnessContrastFields().read(pairs, base);
 }
 
 BrightnessContrastSettings BrightnessContrastSettings::fromPairs(const SettingsText::Pairs &pairs)
@@ -62,28 +94,13 @@ BrightnessContrastSettings BrightnessContrastSettings::fromPairs(const SettingsT
 
 SettingsText::Pairs BrightnessContrastSettings::toPairs() const
 {
-    return {{QStringLiteral("brightness"), text(brightness)},
-            {QStringLiteral("contrast"), text(contrast)},
-            {keySelOnly, text(selectedOnly)}};
+    return brightnessContrastFields().write(*this);
 }
 
 HueSaturationValueSettings HueSaturationValueSettings::fromPairs(const SettingsText::Pairs &pairs,
                                                                  const HueSaturationValueSettings &base)
 {
-    HueSaturationValueSettings s = base;
-    for (const auto &[key, v] : pairs) {
-        if (key == QLatin1String("hue"))
-            s.hue = clampedInteger(key, v, hueMinimum, hueMaximum);
-        else if (key == QLatin1String("saturation"))
-            s.saturation = clampedInteger(key, v, percentMinimum, percentMaximum);
-        else if (key == QLatin1String("value"))
-            s.value = clampedInteger(key, v, percentMinimum, percentMaximum);
-        else if (key == QLatin1String("colorize"))
-            s.colorize = flag(key, v);
-        else if (key == keySelOnly)
-            s.selectedOnly = flag(key, v);
-    }
-    return s;
+    return hueSaturationValueFields().read(pairs, base);
 }
 
 HueSaturationValueSettings HueSaturationValueSettings::fromPairs(const SettingsText::Pairs &pairs)
@@ -93,31 +110,14 @@ HueSaturationValueSettings HueSaturationValueSettings::fromPairs(const SettingsT
 
 SettingsText::Pairs HueSaturationValueSettings::toPairs() const
 {
-    return {{QStringLiteral("hue"), text(hue)},
-            {QStringLiteral("saturation"), text(saturation)},
-            {QStringLiteral("value"), text(value)},
-            {QStringLiteral("colorize"), text(colorize)},
-            {keySelOnly, text(selectedOnly)}};
+    return hueSaturationValueFields().write(*this);
 }
 
 ComponentManipulationSettings
 ComponentManipulationSettings::fromPairs(const SettingsText::Pairs &pairs,
                                          const ComponentManipulationSettings &base)
 {
-    ComponentManipulationSettings s = base;
-    for (const auto &[key, value] : pairs) {
-        if (key == QLatin1String("mode"))
-            s.mode = colourSpace(key, value);
-        else if (key == QLatin1String("wrap"))
-            s.wrap = flag(key, value);
-        else if (key == keySelOnly)
-            s.selectedOnly = flag(key, value);
-        else
-            for (int k = 0; k < 4; ++k)
-                if (key == componentKey(k))
-                    s.components[size_t(k)] = clampedInteger(key, value, minimum, maximum);
-    }
-    return s;
+    return componentManipulationFields().read(pairs, base);
 }
 
 ComponentManipulationSettings ComponentManipulationSettings::fromPairs(const SettingsText::Pairs &pairs)
@@ -127,12 +127,7 @@ ComponentManipulationSettings ComponentManipulationSettings::fromPairs(const Set
 
 SettingsText::Pairs ComponentManipulationSettings::toPairs() const
 {
-    SettingsText::Pairs pairs{{QStringLiteral("mode"), text(mode)}};
-    for (int k = 0; k < 4; ++k)
-        pairs.emplace_back(componentKey(k), text(components[size_t(k)]));
-    pairs.emplace_back(QStringLiteral("wrap"), text(wrap));
-    pairs.emplace_back(keySelOnly, text(selectedOnly));
-    return pairs;
+    return componentManipulationFields().write(*this);
 }
 
 namespace ToneManipulation {

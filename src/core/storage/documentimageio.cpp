@@ -1,12 +1,12 @@
 #include "storage/documentimageio.h"
 
 #include "palette/describedexception.h"
+#include "formats/writefileatomically.h"
 #include "storage/numpyimage.h"
 
 #include <QFileInfo>
 #include <QImageReader>
 #include <QImageWriter>
-#include <QSaveFile>
 
 namespace DocumentImageIO {
 
@@ -56,11 +56,11 @@ void save(const QString &path, const DocumentImage &image)
         throw DescribedException(QStringLiteral("Could not save"),
                                  QStringLiteral("Unable to save RGB image as .gif."));
 
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        throw DescribedException(QStringLiteral("Could not save"), QStringLiteral("Unable to save %1.").arg(name));
-    QImageWriter writer(&file, suffix.toLatin1());
-    if (!writer.write(image.picture()) || !file.commit())
+    const FileWriteResult written = writeFileAtomically(path, [&](QIODevice &device) {
+        QImageWriter writer(&device, suffix.toLatin1());
+        return writer.write(image.picture());
+    });
+    if (!written.ok())
         throw DescribedException(QStringLiteral("Could not save"), QStringLiteral("Unable to save %1.").arg(name));
 }
 

@@ -2,10 +2,10 @@
 
 #include "formats/bytereader.h"
 #include "palette/describedexception.h"
+#include "formats/writefileatomically.h"
 #include "storage/ziparchive.h"
 
 #include <QFile>
-#include <QSaveFile>
 #include <QtEndian>
 
 #include <climits>
@@ -505,10 +505,10 @@ void NumpyImage::write(const DocumentImage &image, const QString &path, Compress
 {
     const QByteArray bytes =
         path.endsWith(QLatin1String(".npz"), Qt::CaseInsensitive) ? toNpz(image, compression) : toNpy(image);
-    QSaveFile f(path);
-    if (!f.open(QIODevice::WriteOnly))
+    const FileWriteResult written = writeFileAtomically(path, bytes);
+    if (written.stage == FileWriteResult::NotOpened)
         failWrite(QStringLiteral("Could not open file '%1' for writing.").arg(path));
-    if (f.write(bytes) != bytes.size() || !f.commit())
+    if (!written.ok())
         failWrite(QStringLiteral("Could not write file '%1'.").arg(path));
 }
 

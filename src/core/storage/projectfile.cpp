@@ -1,10 +1,10 @@
 #include "storage/projectfile.h"
 
 #include "palette/describedexception.h"
+#include "formats/writefileatomically.h"
 
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 #include <QtEndian>
 
 #include <zlib.h>
@@ -491,12 +491,12 @@ void ProjectFile::write(const QString &path, const ProjectData &data)
 {
     const QByteArray packed = gzip(encode(data));
     const QString name = QFileInfo(path).fileName();
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
+    const FileWriteResult written = writeFileAtomically(path, packed);
+    if (written.stage == FileWriteResult::NotOpened)
         throw DescribedException(
             saveTitle(),
             QStringLiteral("Cannot save project %1.\nCould not open the file for writing.").arg(name));
-    if (file.write(packed) != packed.size() || !file.commit())
+    if (!written.ok())
         throw DescribedException(
             saveTitle(), QStringLiteral("Cannot save project %1.\nCould not write the file.").arg(name));
 }

@@ -56,7 +56,7 @@ public:
     static QByteArray gunzip(const QByteArray &bytes, const QString &fileName,
                              qint64 limit = maxUncompressedSize);
 
-    // Encodes, compresses and saves through QSaveFile; an existing file is replaced only on success.
+    // Encodes, compresses and saves whole or not at all; an existing file is replaced only on success.
     static void write(const QString &path, const ProjectData &data);
     // Reads and decodes path. A file that cannot be opened reads as empty and so fails at the magic.
     static ProjectData read(const QString &path);

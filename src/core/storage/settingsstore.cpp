@@ -1,9 +1,9 @@
 #include "storage/settingsstore.h"
 
 #include "palette/describedexception.h"
+#include "formats/writefileatomically.h"
 
 #include <QFile>
-#include <QSaveFile>
 #include <QSettings>
 #include <QSqlDatabase>
 #include <QSqlQuery>
@@ -188,11 +188,6 @@ SettingsText::Pairs SettingsStore::readFile(const QString &path) const
 
 void SettingsStore::writeFile(const QString &path, const QString &lines) const
 {
-    QSaveFile file(path);
-    if (file.open(QIODevice::WriteOnly)) {
-        file.write(SettingsText::format(m_dialog, lines).toUtf8());
-        if (file.commit())
-            return;
-    }
-    throw DescribedException(QStringLiteral("Could not save"), QStringLiteral("Cannot save %1.").arg(path));
+    if (!writeFileAtomically(path, SettingsText::format(m_dialog, lines).toUtf8()).ok())
+        throw DescribedException(QStringLiteral("Could not save"), QStringLiteral("Cannot save %1.").arg(path));
 }

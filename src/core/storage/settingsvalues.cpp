@@ -104,6 +104,11 @@ QString text(const QColor &value)
     return value.name(QColor::HexRgb);
 }
 
+QString text(const QString &value)
+{
+    return value;
+}
+
 int listPosition(const QString &key, const QString &value, int count)
 {
     const int v = integer(key, value);

@@ -41,5 +41,7 @@ QString text(bool value);
 QString text(double value);
 // "#" and six lower-case hexadecimal digits.
 QString text(const QColor &value);
+// Names and paths as they stand.
+QString text(const QString &value);
 
 } // namespace SettingsValues

@@ -66,8 +66,6 @@ private slots:
     void macroFileErrors();
     void playerReplaysSteps();
     void playerReportsUnknownSteps();
-    void selectionText_data();
-    void selectionText();
 };
 
 void TestHistory::limitLeavesNineteen()
@@ -374,26 +372,21 @@ void TestHistory::playerReportsUnknownSteps()
     QCOMPARE(doc.palette()[0].a, 4294836225u);
     QVERIFY_EXCEPTION_THROWN(player.play(doc, {{"load_image", ""}}), DescribedException);
     QVERIFY_EXCEPTION_THROWN(player.play(doc, {{"edit", "color:1,2\n"}}), DescribedException);
-}
-
-void TestHistory::selectionText_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QList<int>>("indexes");
-    QTest::newRow("empty") << "" << QList<int>{};
-    QTest::newRow("single") << "4" << QList<int>{4};
-    QTest::newRow("runs") << "0-2,5,7-8" << QList<int>{0, 1, 2, 5, 7, 8};
-}
-
-void TestHistory::selectionText()
-{
-    QFETCH(QString, text);
-    QFETCH(QList<int>, indexes);
-    const std::set<int> set(indexes.begin(), indexes.end());
-    QCOMPARE(MacroPlayer::selectionText(set), text);
-    QCOMPARE(MacroPlayer::selectionFromText(text), set);
-    QVERIFY_EXCEPTION_THROWN(MacroPlayer::selectionFromText("3-1"), DescribedException);
-    QVERIFY_EXCEPTION_THROWN(MacroPlayer::selectionFromText("0-2000000000"), DescribedException);
+    // A selection that cannot be read stops the replay, for the built-in steps and the dialogs' alike.
+    const std::vector<std::pair<MacroFile::Step, QString>> refused{
+        {{"delete", "selection:3-1\n"}, "The range '3-1' in the selection '3-1' runs backwards."},
+        {{"tint", "opacity:50\nselection:0-2000000000\n"},
+         "The selection '0-2000000000' names 2000000001 indexes; a selection holds at most 1048576."}};
+    for (const auto &[step, message] : refused) {
+        try {
+            player.play(doc, {step});
+            QFAIL(qPrintable(step.name));
+        } catch (const DescribedException &e) {
+            QCOMPARE(e.title(), QString("Error on playing macro"));
+            QCOMPARE(e.message(), message);
+        }
+    }
+    QCOMPARE(doc.palette().size(), 256);
 }
 
 QTEST_GUILESS_MAIN(TestHistory)

@@ -1,0 +1,263 @@
+// Files are replaced whole or not at all, whatever goes wrong on the way.
+
+#include "formats/writefileatomically.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+#include <QTextStream>
+#include <QtTest>
+
+#include <csignal>
+#include <memory>
+#include <stdexcept>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+Q_DECLARE_METATYPE(FileWriteResult::Stage)
+
+namespace {
+
+const QByteArray oldContents = "the old contents\n";
+
+// Files may grow to limit bytes while it lives: the kernel then cuts writes short (EFBIG), as a
+// full disk does, and for root too.
+class FileSizeLimit
+{
+public:
+    explicit FileSizeLimit(rlim_t limit)
+    {
+        m_oldHandler = std::signal(SIGXFSZ, SIG_IGN);
+        getrlimit(RLIMIT_FSIZE, &m_old);
+        rlimit lowered = m_old;
+        lowered.rlim_cur = limit;
+        setrlimit(RLIMIT_FSIZE, &lowered);
+    }
+    ~FileSizeLimit()
+    {
+        setrlimit(RLIMIT_FSIZE, &m_old);
+        std::signal(SIGXFSZ, m_oldHandler);
+    }
+
+private:
+    rlimit m_old{};
+    void (*m_oldHandler)(int) = nullptr;
+};
+
+QByteArray readAll(const QString &path)
+{
+    QFile f(path);
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray("<unreadable>");
+}
+
+QByteArray pattern(int size)
+{
+    QByteArray b(size, '\0');
+    for (int i = 0; i < size; ++i)
+        b[i] = char('a' + i % 26);
+    return b;
+}
+
+// How a row writes: bytes is what it means to leave in the file.
+enum Form
+{
+    Bytes,
+    TextStream,
+    SeekBack,
+    GiveUp,
+    TextStreamIgnoringCount,
+    TargetBecomesFolder
+};
+
+FileWriteResult write(Form form, const QString &path, const QByteArray &bytes)
+{
+    switch (form) {
+    case Bytes:
+        return writeFileAtomically(path, bytes);
+    case TextStream:
+        return writeFileAtomically(path, [&](QIODevice &device) {
+            QTextStream stream(&device);
+            stream << QString::fromLatin1(bytes);
+            stream.flush();
+            return stream.status() == QTextStream::Ok;
+        });
+    case TextStreamIgnoringCount:
+        return writeFileAtomically(path, [&](QIODevice &device) {
+            QTextStream stream(&device);
+            stream << QString::fromLatin1(bytes);
+            return true;
+        });
+    case SeekBack:
+        // A header filled in after the body, as image writers do.
+        return writeFileAtomically(path, [&](QIODevice &device) {
+            return device.write(QByteArray(4, '?')) == 4 && device.write(bytes.mid(4)) == bytes.size() - 4 &&
+                   device.seek(0) && device.write(bytes.left(4)) == 4 && device.pos() == 4;
+        });
+    case GiveUp:
+        return writeFileAtomically(path, [&](QIODevice &device) {
+            device.write(bytes);
+            return false;
+        });
+    case TargetBecomesFolder:
+        return writeFileAtomically(path, [&](QIODevice &device) {
+            // Whatever takes the name meanwhile, the new file cannot replace it.
+            return device.write(bytes) == bytes.size() && QDir().mkdir(path);
+        });
+    }
+    return {};
+}
+
+} // namespace
+
+class TestWriteFileAtomically : public QObject
+{
+    Q_OBJECT
+private slots:
+    void writes_data();
+    void writes();
+    void fails_data();
+    void fails();
+    void writerThrows();
+};
+
+void TestWriteFileAtomically::writes_data()
+{
+    QTest::addColumn<int>("form");
+    QTest::addColumn<bool>("existing");
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::newRow("new file") << int(Bytes) << false << pattern(100);
+    QTest::newRow("replaces a file") << int(Bytes) << true << pattern(100);
+    QTest::newRow("empty file replaces one") << int(Bytes) << true << QByteArray();
+    QTest::newRow("a megabyte") << int(Bytes) << true << pattern(1 << 20);
+    QTest::newRow("text stream") << int(TextStream) << true << pattern(100000);
+    QTest::newRow("seeking writer") << int(SeekBack) << false << pattern(70000);
+}
+
+void TestWriteFileAtomically::writes()
+{
+    QFETCH(int, form);
+    QFETCH(bool, existing);
+    QFETCH(QByteArray, bytes);
+    QTemporaryDir dir;
+    const QString path = dir.filePath("out.txt");
+    if (existing) {
+        QFile f(path);
+        QVERIFY(f.open(QIODevice::WriteOnly) && f.write(oldContents) == oldContents.size());
+    }
+    const FileWriteResult result = write(Form(form), path, bytes);
+    QVERIFY2(result.ok(), qPrintable(result.error));
+    QCOMPARE(result.stage, FileWriteResult::Written);
+    QVERIFY(result.error.isEmpty());
+    QCOMPARE(readAll(path), bytes);
+    QCOMPARE(QDir(dir.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+             QStringList{"out.txt"});
+}
+
+void TestWriteFileAtomically::fails_data()
+{
+    QTest::addColumn<QString>("name");     // the target, in a fresh folder
+    QTest::addColumn<QString>("inTheWay"); // "file", "folder", "fifo" or nothing at the target
+    QTest::addColumn<int>("form");
+    QTest::addColumn<int>("sizeLimit"); // 0: none
+    QTest::addColumn<int>("size");
+    QTest::addColumn<FileWriteResult::Stage>("stage");
+
+    const auto NotOpened = FileWriteResult::NotOpened;
+    const auto NotWritten = FileWriteResult::NotWritten;
+    const auto NotCommitted = FileWriteResult::NotCommitted;
+    QTest::newRow("no such folder") << "none/out.txt"
+                                    << "" << int(Bytes) << 0 << 10 << NotOpened;
+    QTest::newRow("folder in the way") << "out.txt"
+                                       << "folder" << int(Bytes) << 0 << 10 << NotOpened;
+    QTest::newRow("pipe in the way") << "out.txt"
+                                     << "fifo" << int(Bytes) << 0 << 10 << NotOpened;
+    QTest::newRow("writer gives up") << "out.txt"
+                                     << "file" << int(GiveUp) << 0 << 10 << NotWritten;
+    QTest::newRow("writer gives up, no old file") << "out.txt"
+                                                  << "" << int(GiveUp) << 0 << 10 << NotWritten;
+    QTest::newRow("disk full in one big write") << "out.txt"
+                                                << "file" << int(Bytes) << 4096 << 100000 << NotWritten;
+    QTest::newRow("disk full, new file") << "out.txt"
+                                         << "" << int(Bytes) << 4096 << 100000 << NotWritten;
+    QTest::newRow("disk full under a text stream")
+        << "out.txt"
+        << "file" << int(TextStream) << 4096 << 100000 << NotWritten;
+    // QTextStream drops the count of a short write; the file must fail all the same.
+    QTest::newRow("disk full, count ignored")
+        << "out.txt"
+        << "file" << int(TextStreamIgnoringCount) << 4096 << 100000 << NotWritten;
+    // Small writes wait in the file's buffer and meet the full disk only on the final flush.
+    QTest::newRow("disk full at the end") << "out.txt"
+                                          << "file" << int(Bytes) << 4096 << 10000 << NotWritten;
+    QTest::newRow("name taken meanwhile") << "out.txt"
+                                          << "" << int(TargetBecomesFolder) << 0 << 10 << NotCommitted;
+}
+
+void TestWriteFileAtomically::fails()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, inTheWay);
+    QFETCH(int, form);
+    QFETCH(int, sizeLimit);
+    QFETCH(int, size);
+    QFETCH(FileWriteResult::Stage, stage);
+    QTemporaryDir dir;
+    const QString path = dir.filePath(name);
+    if (inTheWay == "file") {
+        QFile f(path);
+        QVERIFY(f.open(QIODevice::WriteOnly) && f.write(oldContents) == oldContents.size());
+    } else if (inTheWay == "folder") {
+        QVERIFY(QDir().mkdir(path));
+    } else if (inTheWay == "fifo") {
+        QCOMPARE(mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+    }
+    const QStringList before =
+        QDir(dir.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+
+    FileWriteResult result;
+    {
+        std::unique_ptr<FileSizeLimit> limit(sizeLimit > 0 ? new FileSizeLimit(rlim_t(sizeLimit)) : nullptr);
+        result = write(Form(form), path, pattern(size));
+    }
+    QCOMPARE(result.stage, stage);
+    QVERIFY(!result.ok());
+    QVERIFY(!result.error.isEmpty());
+
+    // Nothing partial, nothing left over: the folder holds what it held.
+    QStringList after = QDir(dir.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+    if (form == TargetBecomesFolder) {
+        QVERIFY(QFileInfo(path).isDir());
+        after.removeOne(name);
+    }
+    QCOMPARE(after, before);
+    if (inTheWay == "file")
+        QCOMPARE(readAll(path), oldContents);
+    if (inTheWay == "folder")
+        QVERIFY(QFileInfo(path).isDir());
+    if (inTheWay == "fifo") {
+        struct stat st;
+        QVERIFY(lstat(QFile::encodeName(path).constData(), &st) == 0 && S_ISFIFO(st.st_mode));
+    }
+}
+
+void TestWriteFileAtomically::writerThrows()
+{
+    QTemporaryDir dir;
+    const QString path = dir.filePath("out.txt");
+    QFile f(path);
+    QVERIFY(f.open(QIODevice::WriteOnly) && f.write(oldContents) == oldContents.size());
+    f.close();
+    QVERIFY_EXCEPTION_THROWN((void)writeFileAtomically(path,
+                                                       [](QIODevice &device) -> bool {
+                                                           device.write(pattern(50000));
+                                                           throw std::runtime_error("encoder failed");
+                                                       }),
+                             std::runtime_error);
+    QCOMPARE(readAll(path), oldContents);
+    QCOMPARE(QDir(dir.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+             QStringList{"out.txt"});
+}
+
+QTEST_GUILESS_MAIN(TestWriteFileAtomically)
+#include "tst_writefileatomically.moc"
