@@ -37,7 +37,6 @@ ChromaxisMainWindow::ChromaxisMainWindow(PaletteDatabase *builtinPalettes, QWidg
     : QMainWindow(parent), m_builtinPalettes(builtinPalettes)
 {
     setWindowIcon(QIcon(QStringLiteral(":res/images/chromaxis.ico")));
-    setWindowTitle(QStringLiteral("Chromaxis"));
     setAcceptDrops(true);
 
     m_imageView = new ImageLabel;
@@ -99,6 +98,7 @@ ChromaxisMainWindow::ChromaxisMainWindow(PaletteDatabase *builtinPalettes, QWidg
     createMenus();
     createToolBars();
     createStatusBar();
+    createStatusFields();
 
     resize(500, 400);
     readSettings();
@@ -124,10 +124,11 @@ void ChromaxisMainWindow::createActions()
         a->setStatusTip(tr(e.statusTip));
         if (e.icon)
             a->setIcon(QIcon(QStringLiteral(":res/images/") + QLatin1String(e.icon)));
-        if (e.shortcut)
-            a->setShortcut(QKeySequence(QString::fromLatin1(e.shortcut)));
-        else if (e.standardKey != QKeySequence::UnknownKey)
-            a->setShortcuts(e.standardKey);
+        // The platform's keys first, so menus show the familiar one; a fixed key joins them.
+        QList<QKeySequence> keys = QKeySequence::keyBindings(e.standardKey);
+        if (e.shortcut && !keys.contains(QKeySequence(QString::fromLatin1(e.shortcut))))
+            keys << QKeySequence(QString::fromLatin1(e.shortcut));
+        a->setShortcuts(keys);
         a->setCheckable(e.checkable);
         const QByteArray signature = QMetaObject::normalizedSignature(QByteArray(e.slot) + "()");
         const QString slot = QString::fromLatin1(e.slot);
@@ -274,7 +275,7 @@ void ChromaxisMainWindow::updateActions()
                              "imageModeIndexedLastPalette", "imageModeContinuousLastPalette", "imageModeIndexed8bit",
                              "imageModeIndexed32bitInt", "imageModeContinuous", "imageQuantisize",
                              "imageMirrorHorizontally", "imageMirrorVertically", "imageRotateCW", "imageRotateCCW",
-                             "imageExportAnimation", "normalSize", "zoomIn", "zoomOut"})
+                             "imageExportAnimation", "normalSize", "zoomIn", "zoomOut", "fitToWindow"})
         action(QString::fromLatin1(name))->setEnabled(image);
     const bool db = m_builtinPalettes && !m_builtinPalettes->isEmpty();
     for (const char *name : {"paletteBrowseDB", "paletteRandomDB", "palettePrevDB", "paletteNextDB"})

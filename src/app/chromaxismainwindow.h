@@ -135,6 +135,7 @@ public slots:
     void zoomIn();
     void zoomOut();
     void zoomChanged(double val);
+    void fitToWindow();
     // Settings and help
     void showStatusBar();
     void about();
@@ -183,6 +184,7 @@ private slots:
     void documentSettingsChanged();
     void documentSelectionChanged();
     void updateHistoryActions();
+    void updateWindowTitle();
 
 private:
     void createActions();
@@ -198,6 +200,10 @@ private:
     void notAvailableYet(const QString &what);
     void showImage();
     void setScale(double scale);
+    // The title's name and the zoom field of the status bar (chromaxismainwindow_status.cpp).
+    void createStatusFields();
+    QString documentName() const;
+    void updateZoomLabel();
     // Runs a document command; a failure is shown in a message box. Returns whether it succeeded.
     bool run(const std::function<void()> &command);
     void showError(const DescribedException &e);
@@ -235,6 +241,7 @@ private:
     QList<QToolBar *> m_toolBars;
     QMenu *m_recentMenu = nullptr;
     QLabel *m_recordLabel = nullptr;
+    QLabel *m_zoomLabel = nullptr;
 
     double m_scale = 1.0;
     int m_maximumPaletteSize = 1024;

@@ -3,6 +3,7 @@
 // formats); the window records their macro steps, which replay through the document commands.
 #include "chromaxismainwindow.h"
 
+#include "utils/qt/colorwidgets/coloreditdialog.h"
 #include "dialogs/selectionpatterndialog.h"
 #include "document/macroplayer.h"
 #include "operations/selectionlist.h"
@@ -165,18 +166,17 @@ void ChromaxisMainWindow::deleteA()
 void ChromaxisMainWindow::edit()
 {
     const std::set<int> selected = m_paletteView->selection();
-    if (!m_paletteView->edit()) {
+    ColorEditDialog dialog(m_document.palette(), selected, this);
+    if (!dialog.hasEntry()) {
         statusBar()->showMessage(tr("Select the entries to edit first"), 3000);
         return;
     }
-    for (int i : selected)
-        if (i >= 0 && i < m_document.palette().size()) {
-            const RGBAColor<uint> &c = m_document.palette()[i];
-            recordStep(QStringLiteral("edit"), SelectionList::parameterLine(selected) +
-                                                   QStringLiteral("color:%1,%2,%3,%4\n")
-                                                       .arg(c.r).arg(c.g).arg(c.b).arg(c.a));
-            break;
-        }
+    // Previewed like every palette dialog; the edit itself is the document command the macro
+    // player replays.
+    const ChromaxisDocument::PreviewScope preview(m_document);
+    connect(&dialog, &ColorEditDialog::paletteChanged, this, &ChromaxisMainWindow::adaptPalette);
+    if (dialog.exec() == QDialog::Accepted && dialog.isChanged())
+        run([&] { m_commands.setColor(selected, dialog.colour()); });
 }
 
 // ---- Selections ----------------------------------------------------------------------------------

@@ -39,7 +39,7 @@ QString withFilterSuffix(const QString &path, const QString &filter)
 
 bool ChromaxisMainWindow::maybeSaveImage()
 {
-    if (!m_document.isImageModified() || !m_document.hasImage())
+    if (!m_document.hasUnsavedImage())
         return true;
     const auto answer = QMessageBox::warning(
         this, QStringLiteral("Chromaxis"), tr("The image has been modified.\nDo you want to save your changes?"),
@@ -54,8 +54,7 @@ bool ChromaxisMainWindow::maybeSaveImage()
 
 bool ChromaxisMainWindow::maybeSavePalette()
 {
-    // An RGB image does not show the palette, so its changes are not worth a question then.
-    if (!m_document.isPaletteModified() || m_document.imageMode() == DocumentImage::RGB)
+    if (!m_document.hasUnsavedPalette())
         return true;
     const auto answer = QMessageBox::warning(
         this, QStringLiteral("Chromaxis"), tr("The palette has been modified.\nDo you want to save your changes?"),

@@ -22,6 +22,7 @@ void ChromaxisMainWindow::setScale(double scale)
     m_scale = scale;
     if (m_document.hasImage())
         m_imageView->resize(m_document.image().picture().size() * m_scale);
+    updateZoomLabel();
 }
 
 void ChromaxisMainWindow::normalSize()

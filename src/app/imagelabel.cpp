@@ -1,5 +1,6 @@
 #include "imagelabel.h"
 
+#include <QPainter>
 #include <QWheelEvent>
 
 ImageLabel::ImageLabel(QWidget *parent) : QLabel(parent) {}
@@ -15,4 +16,18 @@ void ImageLabel::wheelEvent(QWheelEvent *event)
         emit zoomChanged(degrees.y() * 0.125 / 15);
     }
     event->accept();
+}
+
+void ImageLabel::paintEvent(QPaintEvent *event)
+{
+    const QPixmap picture = pixmap(Qt::ReturnByValue);
+    // The label's own scaling smooths, so it only draws what is not scaled.
+    if (!hasScaledContents() || picture.isNull()) {
+        QLabel::paintEvent(event);
+        return;
+    }
+    QPainter painter(this);
+    drawFrame(&painter);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform, false);
+    painter.drawPixmap(contentsRect(), picture);
 }

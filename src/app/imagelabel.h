@@ -3,6 +3,8 @@
 #include <QLabel>
 
 // The label that shows the document's picture; a wheel turn asks the window for another zoom.
+// Scaled pictures are drawn nearest-neighbour: a zoomed pixel stays one sharp block of its colour,
+// which is what pixel art and a check of single indexes need.
 class ImageLabel : public QLabel
 {
     Q_OBJECT
@@ -15,4 +17,5 @@ signals:
 
 protected:
     void wheelEvent(QWheelEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
 };

@@ -710,11 +710,13 @@ void TestPaletteView::edit()
     QCOMPARE(changed, opens && accept);
     QCOMPARE(spy.count(), changed ? 1 : 0);
     std::vector<Entry> expected = makePalette(6).entries();
+    // The dialog shows the high byte of each channel of the first selected entry.
     if (opens)
-        QCOMPARE(initial.rgba(), PaletteView::colorFromEntry(entryAt(2)).rgba());
+        QCOMPARE(initial.rgba(), qRgba(int(entryAt(2).r >> 8), int(entryAt(2).g >> 8), int(entryAt(2).b >> 8),
+                                       int(entryAt(2).a >> 8)));
     if (changed) {
-        // The dialog's colour keeps 16 bits: 18 becomes 18 * 257, not 18 << 8.
-        expected[2] = expected[4] = Entry(18 * 257, 86 * 257, 154 * 257, 222 * 257);
+        // A picked 8-bit value enters like every 8-bit colour: 18 becomes 18 << 8.
+        expected[2] = expected[4] = Entry(18 << 8, 86 << 8, 154 << 8, 222 << 8);
     }
     QCOMPARE(view->palette().entries(), expected);
 }

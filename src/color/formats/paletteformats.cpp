@@ -333,13 +333,16 @@ void recordPaletteFileName(Palette<uint> &palette, const QString &path)
 
 QStringList paletteOpenFilters()
 {
-    // The long-standing list comes first and unchanged; the formats added later follow it.
+    // The long-standing list comes first and in its order; one filter for every extension that is
+    // read joins it before "All files", and the formats added later follow.
     return {
         QStringLiteral("All palette files (*.gimp *.gpl *.aco *.map *.fractint *.pal)"),
         QStringLiteral("GIMP palettes (*.gimp *.gpl)"),
         QStringLiteral("Adobe palettes (*.aco)"),
         QStringLiteral("Fractint palettes (*.map *.fractint)"),
         QStringLiteral("Microsoft palettes (*.pal)"),
+        QStringLiteral("All readable formats (*.gimp *.gpl *.aco *.map *.fractint *.pal *.jasc *.ase *.act *.gif "
+                       "*.hex *.hextxt)"),
         QStringLiteral("All files (* *.*)"),
         QStringLiteral("JASC palettes (*.pal)"),
         QStringLiteral("Adobe swatch exchange (*.ase)"),

@@ -60,9 +60,9 @@ public:
     const Palette<uint> &lastPalette() const { return m_lastPalette; }
     void setLastPalette(const Palette<uint> &p) { m_lastPalette = p; }
     bool isPaletteModified() const { return m_palette.paletteModified; }
-    void setPaletteModified(bool m) { m_palette.paletteModified = m; }
+    void setPaletteModified(bool m) { setFileState(m_palette.paletteModified, m); }
     const QString &paletteFileName() const { return m_palette.fileName; }
-    void setPaletteFileName(const QString &f) { m_palette.fileName = f; }
+    void setPaletteFileName(const QString &f) { setFileState(m_palette.fileName, f); }
     int builtinIndex() const { return m_palette.builtinIndex; }
     void setBuiltinIndex(int i) { m_palette.builtinIndex = i; }
 
@@ -109,9 +109,13 @@ public:
     int imageWidth() const { return m_image.image.width(); }
     int imageHeight() const { return m_image.image.height(); }
     bool isImageModified() const { return m_image.imageModified; }
-    void setImageModified(bool m) { m_image.imageModified = m; }
+    void setImageModified(bool m) { setFileState(m_image.imageModified, m); }
     const QString &imageFileName() const { return m_image.fileName; }
-    void setImageFileName(const QString &f) { m_image.fileName = f; }
+    void setImageFileName(const QString &f) { setFileState(m_image.fileName, f); }
+    // Changes that closing now would lose, as the unsaved-changes questions count them: an RGB
+    // image does not show the palette, so palette changes do not count beside one.
+    bool hasUnsavedPalette() const { return m_palette.paletteModified && imageMode() != DocumentImage::RGB; }
+    bool hasUnsavedImage() const { return m_image.imageModified && hasImage(); }
     // The text the property panel shows for a mode.
     static QString modeText(int mode, bool interpolate);
 
@@ -123,7 +127,7 @@ public:
     const std::set<int> &selection() const { return m_selection; }
     void setSelection(const std::set<int> &s);
     const QString &projectFileName() const { return m_projectFileName; }
-    void setProjectFileName(const QString &f) { m_projectFileName = f; }
+    void setProjectFileName(const QString &f) { setFileState(m_projectFileName, f); }
 
     // ---- History and macros
     ChromaxisUndoSystem &history() { return m_history; }
@@ -154,8 +158,19 @@ signals:
     void paletteViewSettingsChanged();
     void selectionChanged();
     void historyChanged();
+    // A file name or an unsaved-changes flag changed on its own, as saving and discarding do;
+    // changes of the palette or the image announce theirs with paletteChanged() and imageChanged().
+    void fileStateChanged();
 
 private:
+    template <typename T>
+    void setFileState(T &field, const T &value)
+    {
+        if (field == value)
+            return;
+        field = value;
+        emit fileStateChanged();
+    }
     void addHistoryStep(ChromaxisUndoAction *action);
     // Forgets the preview without telling anyone; true when there was one.
     bool dropPreview();

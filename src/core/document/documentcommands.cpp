@@ -419,8 +419,15 @@ void DocumentCommands::openProject(const QString &path)
 
 void DocumentCommands::saveProject(const QString &path)
 {
-    ProjectFile::write(path, DocumentProject::capture(m_document));
+    // The project now holds every change, so the saved state is a clean one: in the file, so that
+    // reopening it asks nothing, and in the document.
+    ProjectData data = DocumentProject::capture(m_document);
+    data.paletteModified = false;
+    data.imageModified = false;
+    ProjectFile::write(path, data);
     m_document.setProjectFileName(path);
+    m_document.setPaletteModified(false);
+    m_document.setImageModified(false);
 }
 
 void DocumentCommands::open(const QString &path)

@@ -1,5 +1,7 @@
 #include "operations/paletteedits.h"
 
+#include <algorithm>
+
 namespace PaletteEdits {
 
 void removeSelected(Palette<uint> &palette, const std::set<int> &selection, bool fixedSize,
@@ -84,6 +86,36 @@ int setSelected(Palette<uint> &palette, const std::set<int> &selection, const RG
             ++changed;
         }
     return changed;
+}
+
+RGBAColor<uchar> editorBytes(const RGBAColor<uint> &entry)
+{
+    auto byte = [](uint v) { return uchar(std::min<uint>(v, 65535) >> 8); };
+    return {byte(entry.r), byte(entry.g), byte(entry.b), byte(entry.a)};
+}
+
+RGBAColor<uint> editedColour(const RGBAColor<uint> &shown, const RGBAColor<uchar> &picked)
+{
+    const RGBAColor<uchar> before = editorBytes(shown);
+    auto channel = [](uint original, uchar was, uchar now) { return now == was ? original : uint(now) << 8; };
+    return {channel(shown.r, before.r, picked.r), channel(shown.g, before.g, picked.g),
+            channel(shown.b, before.b, picked.b), channel(shown.a, before.a, picked.a)};
+}
+
+int firstEditableEntry(const Palette<uint> &palette, const std::set<int> &selection)
+{
+    for (int i : selection)
+        if (i >= 0 && i < palette.size())
+            return i;
+    return -1;
+}
+
+int editSelected(Palette<uint> &palette, const std::set<int> &selection, const RGBAColor<uchar> &picked)
+{
+    const int first = firstEditableEntry(palette, selection);
+    if (first < 0 || picked == editorBytes(palette[first]))
+        return 0;
+    return setSelected(palette, selection, editedColour(palette[first], picked));
 }
 
 RGBAColor<uint> throughClipboard(const RGBAColor<uint> &c)

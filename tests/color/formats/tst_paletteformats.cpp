@@ -8,6 +8,7 @@
 #include <gd.h>
 
 #include <memory>
+#include <set>
 
 using namespace PaletteFormatTesting;
 using Properties = QMap<int, QString>;
@@ -74,9 +75,37 @@ void TestPaletteFormats::openFilters()
                                      "Fractint palettes (*.map *.fractint)",
                                      "Microsoft palettes (*.pal)",
                                      "All files (* *.*)"};
-    QCOMPARE(filters.mid(0, 6), established);
-    QCOMPARE(filters.mid(6), QStringList({"JASC palettes (*.pal)", "Adobe swatch exchange (*.ase)",
+    // The established filters keep their order; the filter of every readable format comes right
+    // before "All files".
+    QCOMPARE(filters.mid(0, 5), established.mid(0, 5));
+    QCOMPARE(filters.at(5), QString("All readable formats (*.gimp *.gpl *.aco *.map *.fractint *.pal *.jasc *.ase "
+                                    "*.act *.gif *.hex *.hextxt)"));
+    QCOMPARE(filters.at(6), established.at(5));
+    QCOMPARE(filters.mid(7), QStringList({"JASC palettes (*.pal)", "Adobe swatch exchange (*.ase)",
                                           "Adobe color tables (*.act)"}));
+
+    auto patternsOf = [](const QString &filter) {
+        const int open = filter.indexOf('(');
+        return filter.mid(open + 1, filter.lastIndexOf(')') - open - 1).split(' ');
+    };
+    const QStringList readable = patternsOf(filters.at(5));
+    std::set<int> formats;
+    for (const QString &pattern : readable) {
+        QVERIFY2(pattern.startsWith("*."), qPrintable(pattern));
+        const int format = formatFromWord(pattern.mid(2));
+        // Each pattern opens as a palette: known, and not one of the export-only text formats.
+        QVERIFY2(format != FormatUnknown && format != FormatHtml && format != FormatCss && format != FormatJavaScript,
+                 qPrintable(pattern));
+        formats.insert(format);
+    }
+    for (int format = FormatGimp; format <= FormatLast; ++format)
+        if (format != FormatHtml && format != FormatCss && format != FormatJavaScript)
+            QVERIFY2(formats.count(format), qPrintable(QString::number(format)));
+    // Whatever another filter offers, the readable-formats filter offers too.
+    for (const QString &filter : filters)
+        if (filter != established.at(5))
+            for (const QString &pattern : patternsOf(filter))
+                QVERIFY2(readable.contains(pattern), qPrintable(filter));
 }
 
 void TestPaletteFormats::writerBytes_data()

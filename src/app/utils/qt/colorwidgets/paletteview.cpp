@@ -1,15 +1,18 @@
 #include "paletteview.h"
 
+#include "coloreditdialog.h"
+
 #include "operations/paletteedits.h"
 
 #include "export/palettetextencoder.h"
 
 #include <QClipboard>
-#include <QColorDialog>
 #include <QGuiApplication>
+#include <QHelpEvent>
 #include <QMimeData>
 #include <QMouseEvent>
 #include <QPixmap>
+#include <QToolTip>
 
 #include <algorithm>
 #include <memory>
@@ -73,6 +76,28 @@ QColor PaletteView::colorFromEntry(const RGBAColor<uint> &entry)
 {
     auto channel = [](uint v) { return quint16(std::min<uint>(v, 65535)); };
     return QColor::fromRgba64(channel(entry.r), channel(entry.g), channel(entry.b), channel(entry.a));
+}
+
+QString PaletteView::entryToolTip(int index, const RGBAColor<uint> &entry)
+{
+    return tr("Entry %1: %2\nred %3, green %4, blue %5, alpha %6")
+        .arg(index).arg(QColor(opaqueRgb(entry)).name()).arg(entry.r).arg(entry.g).arg(entry.b).arg(entry.a);
+}
+
+bool PaletteView::event(QEvent *event)
+{
+    if (event->type() != QEvent::ToolTip)
+        return QLabel::event(event);
+    // The cell a click there would select, so the tip and the selection never disagree.
+    auto *help = static_cast<QHelpEvent *>(event);
+    const int index = indexAt(help->pos());
+    if (index >= 0 && index < m_palette.size()) {
+        QToolTip::showText(help->globalPos(), entryToolTip(index, m_palette[index]), this);
+    } else {
+        QToolTip::hideText();
+        event->ignore();
+    }
+    return true;
 }
 
 int PaletteView::indexAt(const QPoint &pos) const
@@ -328,22 +353,11 @@ bool PaletteView::cut_toBackground()
 
 bool PaletteView::edit()
 {
+    ColorEditDialog dialog(m_palette, m_selection, this);
+    if (!dialog.hasEntry() || dialog.exec() != QDialog::Accepted || !dialog.isChanged())
+        return false;
     const int length = m_palette.size();
-    auto first = std::find_if(m_selection.begin(), m_selection.end(),
-                              [length](int i) { return i >= 0 && i < length; });
-    if (first == m_selection.end())
-        return false;
-
-    QColorDialog dialog(colorFromEntry(m_palette[*first]), this);
-    dialog.setWindowTitle(tr("Edit colour"));
-    // Native dialogs of some desktops ignore the alpha channel.
-    dialog.setOptions(QColorDialog::ShowAlphaChannel | QColorDialog::DontUseNativeDialog);
-    if (dialog.exec() != QDialog::Accepted)
-        return false;
-
-    // The dialog's colour keeps its 16 bits a channel.
-    const QRgba64 c = dialog.selectedColor().rgba64();
-    PaletteEdits::setSelected(m_palette, m_selection, {c.red(), c.green(), c.blue(), c.alpha()});
+    PaletteEdits::setSelected(m_palette, m_selection, dialog.colour());
     finishCommand(false, true, length);
     return true;
 }

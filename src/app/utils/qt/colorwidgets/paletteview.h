@@ -76,6 +76,8 @@ public:
     static RGBAColor<uint> entryFromColor(const QColor &color);
     // An entry as a QColor with its 16-bit channels.
     static QColor colorFromEntry(const RGBAColor<uint> &entry);
+    // The tool tip of a cell: its index, the colour drawn as hex and the entry's 16-bit values.
+    static QString entryToolTip(int index, const RGBAColor<uint> &entry);
 
 signals:
     void paletteChanged();
@@ -98,6 +100,7 @@ public slots:
     void setSelected(std::set<int> selected);
 
 protected:
+    bool event(QEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
     void mouseDoubleClickEvent(QMouseEvent *event) override;
 
