@@ -27,8 +27,9 @@ class QDropEvent;
 
 // The main window: the shell (chromaxismainwindow.cpp) builds the views, actions, menus and tool
 // bars and follows the document; each menu's commands live in a file of their own (_file, _edit,
-// _palette, _image, _view, _help). A command slot only gathers what the user chose and shows the
-// result: the change itself is a DocumentCommands call, shared with the macro player and the CLI.
+// _palette, _image, _view, _help), the title and the status fields in _status. A command slot only
+// gathers what the user chose and shows the result: the change itself is a DocumentCommands call,
+// shared with the macro player and the CLI.
 class ChromaxisMainWindow : public QMainWindow
 {
     Q_OBJECT

@@ -2,14 +2,9 @@
 // and unsaved-changes mark, and the zoom in the status bar.
 #include "chromaxismainwindow.h"
 
-#include "imagelabel.h"
-
 #include <QFileInfo>
 #include <QLabel>
-#include <QScrollArea>
 #include <QStatusBar>
-
-#include <algorithm>
 
 void ChromaxisMainWindow::createStatusFields()
 {
@@ -49,14 +44,4 @@ void ChromaxisMainWindow::updateZoomLabel()
 {
     if (m_zoomLabel)
         m_zoomLabel->setText(tr("Zoom %1%").arg(qRound(m_scale * 100)));
-}
-
-void ChromaxisMainWindow::fitToWindow()
-{
-    const QSize picture = m_document.image().picture().size();
-    if (picture.isEmpty())
-        return;
-    // The room the image has without scroll bars, which a fitting image does not need.
-    const QSize room = m_imageScroll->maximumViewportSize();
-    setScale(std::min(double(room.width()) / picture.width(), double(room.height()) / picture.height()));
 }

@@ -1,4 +1,4 @@
-// The View and Settings menus: zoom, the clipboard formats, the RGB-on-load action, the maximum
+// The View and Settings menus: zoom and fitting, the clipboard formats, the RGB-on-load action, the maximum
 // palette size, the tool bars, and the settings the window keeps between sessions.
 #include "chromaxismainwindow.h"
 
@@ -12,8 +12,11 @@
 #include <QAction>
 #include <QFileInfo>
 #include <QMessageBox>
+#include <QScrollArea>
 #include <QSettings>
 #include <QStatusBar>
+
+#include <algorithm>
 
 // ---- Zoom ----------------------------------------------------------------------------------------
 
@@ -41,6 +44,16 @@ void ChromaxisMainWindow::zoomOut()
 {
     setScale(m_scale * Zoom::outFactor);
     m_commands.recordViewStep(QStringLiteral("zoom_out"));
+}
+
+void ChromaxisMainWindow::fitToWindow()
+{
+    const QSize picture = m_document.image().picture().size();
+    if (picture.isEmpty())
+        return;
+    // The room the image has without scroll bars, which a fitting image does not need.
+    const QSize room = m_imageScroll->maximumViewportSize();
+    setScale(std::min(double(room.width()) / picture.width(), double(room.height()) / picture.height()));
 }
 
 void ChromaxisMainWindow::zoomChanged(double val)

@@ -77,6 +77,7 @@ private slots:
     void refusedCommandsChangeNothing_data();
     void refusedCommandsChangeNothing();
     void paletteOverRgbImageIsOneStep();
+    void savedProjectIsClean();
     void rgbOnLoadRule_data();
     void rgbOnLoadRule();
     void builtinPalettes();
@@ -167,6 +168,36 @@ void TestDocumentCommands::paletteOverRgbImageIsOneStep()
     QVERIFY(doc.redo());
     QVERIFY(!doc.hasImage());
     QCOMPARE(doc.palette().size(), 5);
+}
+
+// Saving a project saves every change: the document and the file are clean, and the window hears
+// of it though neither palette nor image changed.
+void TestDocumentCommands::savedProjectIsClean()
+{
+    ChromaxisDocument doc;
+    DocumentCommands commands(doc, nullptr);
+    QCOMPARE(commands.loadImage(writeRgbImage(m_dir.filePath("photo.png"))), int(DocumentCommands::RgbKeep));
+    commands.fastConvert(QStringLiteral("image_convert_grayscale"));
+    commands.applyPaletteOperation(QStringLiteral("palette_invert_order"), {});
+    QVERIFY(doc.isPaletteModified() && doc.isImageModified());
+    QVERIFY(doc.hasUnsavedPalette() && doc.hasUnsavedImage());
+    QSignalSpy told(&doc, &ChromaxisDocument::fileStateChanged);
+
+    const QString file = m_dir.filePath("clean.cxw");
+    commands.saveProject(file);
+    QVERIFY(!doc.isPaletteModified() && !doc.isImageModified());
+    QCOMPARE(doc.projectFileName(), file);
+    QVERIFY(told.count() >= 1);
+
+    ChromaxisDocument reopened;
+    DocumentCommands(reopened, nullptr).openProject(file);
+    QVERIFY(!reopened.isPaletteModified() && !reopened.isImageModified());
+    QCOMPARE(reopened.palette().entries(), doc.palette().entries());
+
+    // Over an RGB image the palette's changes do not count: no palette shows that image.
+    commands.loadImage(writeRgbImage(m_dir.filePath("photo2.png")));
+    doc.setPaletteModified(true);
+    QVERIFY(!doc.hasUnsavedPalette());
 }
 
 void TestDocumentCommands::rgbOnLoadRule_data()
