@@ -3,11 +3,11 @@
 // formats); the window records their macro steps, which replay through the document commands.
 #include "chromaxismainwindow.h"
 
-#include "utils/qt/colorwidgets/coloreditdialog.h"
 #include "dialogs/selectionpatterndialog.h"
 #include "document/macroplayer.h"
 #include "operations/selectionlist.h"
 #include "palette/describedexception.h"
+#include "utils/qt/colorwidgets/coloreditdialog.h"
 #include "utils/qt/colorwidgets/paletteview.h"
 
 #include <QAction>

@@ -24,9 +24,9 @@ QString ChromaxisMainWindow::documentName() const
 {
     // The file the user would reopen to get this state back: the project, else the image, else
     // the palette.
-    for (const QString &file : {m_document.projectFileName(), m_document.hasImage() ? m_document.imageFileName()
-                                                                                      : QString(),
-                                m_document.paletteFileName()})
+    for (const QString &file :
+         {m_document.projectFileName(), m_document.hasImage() ? m_document.imageFileName() : QString(),
+          m_document.paletteFileName()})
         if (!file.isEmpty())
             return QFileInfo(file).fileName();
     const QString name = m_document.palette().property(PaletteName);

@@ -44,8 +44,9 @@ std::vector<Entry> everyByteValue()
 // 16-bit values with low bytes the dialog cannot show, the extremes, and a word above 65535.
 std::vector<Entry> sixteenBitValues()
 {
-    std::vector<Entry> entries = {{65535, 65535, 65535, 65535}, {65280, 65280, 65280, 65535}, {0, 0, 0, 0},
-                                  {1, 255, 256, 257},           {32767, 32768, 32769, 65534}, {0, 0, 0, 65535u * 65535u}};
+    std::vector<Entry> entries = {
+        {65535, 65535, 65535, 65535}, {65280, 65280, 65280, 65535}, {0, 0, 0, 0},
+        {1, 255, 256, 257},           {32767, 32768, 32769, 65534}, {0, 0, 0, 65535u * 65535u}};
     quint32 seed = 12345;
     while (entries.size() < 48) {
         auto next = [&seed]() {
@@ -158,7 +159,8 @@ void TestColorEditor::pickedColourEntersShifted_data()
         << std::vector<Entry>{start[0], {256, 512, 768, 65535}, {256, 512, 768, 65535}};
     // The lowest selected entry, 0, is shown; confirming it leaves 1 and 2 as they were, though
     // they look different.
-    QTest::newRow("untouched several keep their own") << std::vector<int>{2, 0, 1} << "#30ff03" << true << start;
+    QTest::newRow("untouched several keep their own")
+        << std::vector<int>{2, 0, 1} << "#30ff03" << true << start;
     QTest::newRow("cancel drops the preview")
         << std::vector<int>{0, 1} << "#000000" << false
         << std::vector<Entry>{{0, 0, 0, 65535}, {0, 0, 0, 65535}, start[2]};

@@ -265,7 +265,8 @@ void TestWindowState::cellToolTips_data()
     QTest::addColumn<int>("index");
     QTest::addColumn<QString>("tip");
     QTest::newRow("first") << 0 << "Entry 0: #ff8000\nred 65280, green 32768, blue 0, alpha 65535";
-    QTest::newRow("low bytes are not drawn") << 1 << "Entry 1: #0a141e\nred 2815, green 5121, blue 7850, alpha 100";
+    QTest::newRow("low bytes are not drawn")
+        << 1 << "Entry 1: #0a141e\nred 2815, green 5121, blue 7850, alpha 100";
     QTest::newRow("second row") << 17 << "Entry 17: #ffffff\nred 65535, green 65535, blue 65535, alpha 65535";
     QTest::newRow("past the end") << 18 << QString();
 }

@@ -163,8 +163,7 @@ signals:
     void fileStateChanged();
 
 private:
-    template <typename T>
-    void setFileState(T &field, const T &value)
+    template <typename T> void setFileState(T &field, const T &value)
     {
         if (field == value)
             return;

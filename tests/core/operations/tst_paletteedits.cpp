@@ -44,7 +44,8 @@ void TestPaletteEdits::editorShowsHighBytes_data()
     QTest::addColumn<Bytes>("shown");
     QTest::newRow("white of a file") << Entry(65280, 65280, 65280, 65535) << Bytes(255, 255, 255, 255);
     QTest::newRow("full white") << Entry(65535, 65535, 65535, 65535) << Bytes(255, 255, 255, 255);
-    QTest::newRow("low bytes dropped") << Entry(0x12FF, 0x3401, 0x0080, 0xFF00) << Bytes(0x12, 0x34, 0x00, 0xFF);
+    QTest::newRow("low bytes dropped")
+        << Entry(0x12FF, 0x3401, 0x0080, 0xFF00) << Bytes(0x12, 0x34, 0x00, 0xFF);
     // The rainbow generator leaves an alpha of 65535 * 65535; it is shown opaque, not as 0.
     QTest::newRow("word above 65535") << Entry(0, 256, 65535u * 2u, 65535u * 65535u) << Bytes(0, 1, 255, 255);
 }
@@ -67,7 +68,8 @@ void TestPaletteEdits::everyByteValueWidensByShifting()
         const uchar other = uchar(255 - v); // never v: 255 is odd
         const Entry entry((uint(other) << 8) | 0x7F, (uint(other) << 8) | 0x01, (uint(other) << 8) | 0xFF,
                           (uint(other) << 8) | 0x80);
-        QCOMPARE(PaletteEdits::editedColour(entry, Bytes(byte, byte, byte, byte)), Entry(v << 8, v << 8, v << 8, v << 8));
+        QCOMPARE(PaletteEdits::editedColour(entry, Bytes(byte, byte, byte, byte)),
+                 Entry(v << 8, v << 8, v << 8, v << 8));
         const Entry own((v << 8) | 0x7F, (v << 8) | 0x01, (v << 8) | 0xFF, (v << 8) | 0x80);
         QCOMPARE(PaletteEdits::editedColour(own, Bytes(byte, byte, byte, byte)), own);
     }
@@ -107,9 +109,10 @@ void TestPaletteEdits::editSelected_data()
         << std::set<int>{0, 2} << Bytes(0, 255, 255, 255) << 2 << std::vector<Entry>{aRed, b, aRed};
     QTest::newRow("the first existing entry is the one shown")
         << std::set<int>{-3, 1, 2} << Bytes(0, 0, 0, 0) << 0 << std::vector<Entry>{a, b, c};
-    QTest::newRow("past the end is ignored")
-        << std::set<int>{2, 9} << Bytes(0, 195, 234, 255) << 1 << std::vector<Entry>{a, b, Entry(0, 50000, 60000, 65535)};
-    QTest::newRow("nothing that exists") << std::set<int>{3, 9} << Bytes(9, 9, 9, 9) << 0 << std::vector<Entry>{a, b, c};
+    QTest::newRow("past the end is ignored") << std::set<int>{2, 9} << Bytes(0, 195, 234, 255) << 1
+                                             << std::vector<Entry>{a, b, Entry(0, 50000, 60000, 65535)};
+    QTest::newRow("nothing that exists")
+        << std::set<int>{3, 9} << Bytes(9, 9, 9, 9) << 0 << std::vector<Entry>{a, b, c};
 }
 
 void TestPaletteEdits::editSelected()

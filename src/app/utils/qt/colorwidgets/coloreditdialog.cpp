@@ -2,7 +2,8 @@
 
 #include "operations/paletteedits.h"
 
-ColorEditDialog::ColorEditDialog(const Palette<uint> &palette, const std::set<int> &selection, QWidget *parent)
+ColorEditDialog::ColorEditDialog(const Palette<uint> &palette, const std::set<int> &selection,
+                                 QWidget *parent)
     : QColorDialog(parent), m_palette(palette), m_selection(selection),
       m_entry(PaletteEdits::firstEditableEntry(palette, selection))
 {

@@ -80,8 +80,10 @@ QColor PaletteView::colorFromEntry(const RGBAColor<uint> &entry)
 
 QString PaletteView::entryToolTip(int index, const RGBAColor<uint> &entry)
 {
+    const auto n = [](uint v) { return QString::number(v); };
     return tr("Entry %1: %2\nred %3, green %4, blue %5, alpha %6")
-        .arg(index).arg(QColor(opaqueRgb(entry)).name()).arg(entry.r).arg(entry.g).arg(entry.b).arg(entry.a);
+        .arg(QString::number(index), QColor(opaqueRgb(entry)).name(), n(entry.r), n(entry.g), n(entry.b),
+             n(entry.a));
 }
 
 bool PaletteView::event(QEvent *event)
