@@ -51,8 +51,8 @@ void ChromaxisMainWindow::paletteBatchConvert()
     if (!ran)
         return;
     if (report.complete())
-        statusBar()->showMessage(tr("%n palette(s) written to %1", nullptr, report.written).arg(dialog.folder()),
-                                 5000);
+        statusBar()->showMessage(
+            tr("%n palette(s) written to %1", nullptr, report.written).arg(dialog.folder()), 5000);
     else
         QMessageBox::warning(this, title, report.text(dialog.folder()));
 }

@@ -135,15 +135,14 @@ int imageFast(CliContext &ctx)
     const QString name = args.operands()[0];
     const bool transform = ImageTransforms::exists(name);
     if (!transform && !FastConversions::exists(name))
-        throw CliUsageError{QStringLiteral("unknown conversion '%1'; one of: %2")
-                                .arg(name, (FastConversions::names() + ImageTransforms::names())
-                                               .join(QStringLiteral(", ")))};
+        throw CliUsageError{
+            QStringLiteral("unknown conversion '%1'; one of: %2")
+                .arg(name, (FastConversions::names() + ImageTransforms::names()).join(QStringLiteral(", ")))};
     Input input = openInput(args.operands()[1]);
     // A transform moves the pixels and keeps the palette the image is shown with.
-    FastConversions::Result r = transform ? FastConversions::Result{ImageTransforms::apply(name, input.image),
-                                                                    input.palette}
-                                          : FastConversions::apply(name, input.image, input.palette,
-                                                                   input.lastPalette);
+    FastConversions::Result r =
+        transform ? FastConversions::Result{ImageTransforms::apply(name, input.image), input.palette}
+                  : FastConversions::apply(name, input.image, input.palette, input.lastPalette);
     input.image = DocumentImage();
     writeResult(args.operands()[2], std::move(r.image), r.palette, input);
     return ExitOk;

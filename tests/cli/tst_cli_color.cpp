@@ -88,13 +88,17 @@ void TestCliColor::perceptualSpaces_data()
     QTest::addColumn<QString>("index");
     QTest::addColumn<QStringList>("colour");
     QTest::addColumn<QList<double>>("expected"); // the published values
-    QTest::newRow("OKLab red") << "OKLab" << "12" << QStringList{"65535", "0", "0", "65535"}
+    QTest::newRow("OKLab red") << "OKLab"
+                               << "12" << QStringList{"65535", "0", "0", "65535"}
                                << QList<double>{0.6279553606, 0.2248630611, 0.1258462985, 0};
-    QTest::newRow("OKLab blue") << "oklab" << "12" << QStringList{"0", "0", "65535", "0"}
+    QTest::newRow("OKLab blue") << "oklab"
+                                << "12" << QStringList{"0", "0", "65535", "0"}
                                 << QList<double>{0.4520137184, -0.0324569842, -0.3115281477, 0};
-    QTest::newRow("OKLCH green") << "OKLCH" << "13" << QStringList{"0", "65535", "0", "65535"}
+    QTest::newRow("OKLCH green") << "OKLCH"
+                                 << "13" << QStringList{"0", "65535", "0", "65535"}
                                  << QList<double>{0.8664396115, 0.2948272403, 142.4953388878, 0};
-    QTest::newRow("OKLCH white") << "OKLCH" << "13" << QStringList{"65535", "65535", "65535", "65535"}
+    QTest::newRow("OKLCH white") << "OKLCH"
+                                 << "13" << QStringList{"65535", "65535", "65535", "65535"}
                                  << QList<double>{1, 0, 0, 0};
 }
 
@@ -116,7 +120,8 @@ void TestCliColor::perceptualSpaces()
     // The printed digits are enough to come back to the colour (alpha made opaque).
     const CliRun back = runCli(QStringList{"color", "from-space", name} + words);
     QCOMPARE(back.code, 0);
-    QCOMPARE(QString::fromUtf8(back.out), QStringList(colour.mid(0, 3) + QStringList{"65535"}).join(' ') + "\n");
+    QCOMPARE(QString::fromUtf8(back.out),
+             QStringList(colour.mid(0, 3) + QStringList{"65535"}).join(' ') + "\n");
 }
 
 QTEST_GUILESS_MAIN(TestCliColor)

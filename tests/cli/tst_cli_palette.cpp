@@ -333,10 +333,12 @@ void TestCliPalette::batch()
                        path("notes.txt"), "--to", "jasc"});
     QCOMPARE(r.code, 1);
     QVERIFY(r.out.isEmpty());
-    QVERIFY2(r.err.startsWith(QString("2 of 4 palettes were written to %1.\n\nThese palettes failed:\nbroken.gpl: ")
-                                  .arg(out)),
+    QVERIFY2(
+        r.err.startsWith(
+            QString("2 of 4 palettes were written to %1.\n\nThese palettes failed:\nbroken.gpl: ").arg(out)),
+        qPrintable(r.err));
+    QVERIFY2(r.err.endsWith("\nnotes.txt: Unable to load palette notes.txt. Unrecognized format.\n"),
              qPrintable(r.err));
-    QVERIFY2(r.err.endsWith("\nnotes.txt: Unable to load palette notes.txt. Unrecognized format.\n"), qPrintable(r.err));
     QCOMPARE(QDir(out).entryList(QDir::Files), QStringList({"fire.jasc", "sea.jasc"}));
     QVERIFY(read("out/fire.jasc").startsWith("JASC-PAL\r\n"));
     r = runCli({"palette", "show", path("out/fire.jasc")});

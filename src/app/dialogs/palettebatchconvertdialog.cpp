@@ -91,6 +91,7 @@ PaletteBatchConvertDialog::PaletteBatchConvertDialog(QWidget *parent) : QDialog(
     folderRow->addWidget(choose);
 
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
+    buttons->setObjectName(QStringLiteral("buttons"));
     m_ok = buttons->button(QDialogButtonBox::Ok);
 
     auto *form = new QFormLayout;
@@ -166,7 +167,8 @@ void PaletteBatchConvertDialog::removeFiles()
 
 void PaletteBatchConvertDialog::chooseFolder()
 {
-    const QString chosen = QFileDialog::getExistingDirectory(this, tr("Destination folder"), m_folder->text());
+    const QString chosen =
+        QFileDialog::getExistingDirectory(this, tr("Destination folder"), m_folder->text());
     if (!chosen.isEmpty())
         m_folder->setText(chosen);
 }

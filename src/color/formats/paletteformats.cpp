@@ -288,8 +288,8 @@ int formatFromWord(const QString &word)
 
 QString extensionOfFormat(int format)
 {
-    static const char *const extensions[] = {"",   "gpl",  "aco", "map",    "pal", "gif", "html",
-                                             "css", "js", "hextxt", "hex", "jasc", "ase", "act"};
+    static const char *const extensions[] = {"",    "gpl", "aco",    "map", "pal",  "gif", "html",
+                                             "css", "js",  "hextxt", "hex", "jasc", "ase", "act"};
     static_assert(sizeof extensions / sizeof *extensions == FormatLast + 1, "one extension a format");
     if (format <= FormatUnknown || format > FormatLast)
         return QString();

@@ -58,7 +58,8 @@ template <typename Copy> void eachResultPixel(Kind kind, int width, int height, 
     }
 }
 
-template <typename T> std::vector<T> movedCells(Kind kind, const DocumentImage &image, const std::vector<T> &cells)
+template <typename T>
+std::vector<T> movedCells(Kind kind, const DocumentImage &image, const std::vector<T> &cells)
 {
     const size_t width = size_t(image.width());
     std::vector<T> out(cells.size());
@@ -76,9 +77,9 @@ DocumentImage transformed(Kind kind, const DocumentImage &image)
         const QImage source = image.picture().convertToFormat(QImage::Format_ARGB32);
         QImage picture(size.width, size.height, QImage::Format_ARGB32);
         if (picture.isNull())
-            throw DescribedException(QCoreApplication::translate("ImageTransforms", "Transform image"),
-                                     QCoreApplication::translate("ImageTransforms",
-                                                                 "There is not enough memory for the image."));
+            throw DescribedException(
+                QCoreApplication::translate("ImageTransforms", "Transform image"),
+                QCoreApplication::translate("ImageTransforms", "There is not enough memory for the image."));
         const auto *src = source.constBits();
         const size_t srcStride = size_t(source.bytesPerLine());
         auto *dst = picture.bits();
@@ -98,11 +99,12 @@ DocumentImage transformed(Kind kind, const DocumentImage &image)
         break;
     }
     case DocumentImage::Indexed32:
-        out = DocumentImage::fromIndexes32(size.width, size.height, movedCells(kind, image, image.indexCells()));
+        out = DocumentImage::fromIndexes32(size.width, size.height,
+                                           movedCells(kind, image, image.indexCells()));
         break;
     case DocumentImage::Continuous:
-        out = DocumentImage::fromContinuous(size.width, size.height, movedCells(kind, image, image.continuousCells()),
-                                            image.interpolate());
+        out = DocumentImage::fromContinuous(
+            size.width, size.height, movedCells(kind, image, image.continuousCells()), image.interpolate());
         break;
     default:
         return image;
@@ -116,8 +118,8 @@ DocumentImage transformed(Kind kind, const DocumentImage &image)
 
 QStringList names()
 {
-    return {QStringLiteral("image_mirror_h"), QStringLiteral("image_mirror_v"), QStringLiteral("image_rotate_cw"),
-            QStringLiteral("image_rotate_ccw")};
+    return {QStringLiteral("image_mirror_h"), QStringLiteral("image_mirror_v"),
+            QStringLiteral("image_rotate_cw"), QStringLiteral("image_rotate_ccw")};
 }
 
 bool exists(const QString &name)
@@ -131,7 +133,8 @@ DocumentImage apply(const QString &name, const DocumentImage &image)
     if (which < 0)
         throw DescribedException(
             QCoreApplication::translate("ImageTransforms", "Unknown transform"),
-            QCoreApplication::translate("ImageTransforms", "There is no image transform named '%1'.").arg(name));
+            QCoreApplication::translate("ImageTransforms", "There is no image transform named '%1'.")
+                .arg(name));
     static const Kind kinds[] = {Kind::MirrorH, Kind::MirrorV, Kind::RotateCW, Kind::RotateCCW};
     return transformed(kinds[which], image);
 }

@@ -40,11 +40,13 @@ QString PaletteBatchConvert::Report::text(const QString &folder) const
     if (cancelled)
         report += QLatin1Char('\n') + tr("The run was cancelled.");
     if (!failures.isEmpty())
-        report += QStringLiteral("\n\n") + tr("These palettes failed:") + QLatin1Char('\n') + failures.join('\n');
+        report +=
+            QStringLiteral("\n\n") + tr("These palettes failed:") + QLatin1Char('\n') + failures.join('\n');
     return report;
 }
 
-PaletteBatchConvert::PaletteBatchConvert(const QString &folder, const QString &target, const ExportOptions &options)
+PaletteBatchConvert::PaletteBatchConvert(const QString &folder, const QString &target,
+                                         const ExportOptions &options)
     : m_folder(folder), m_options(options)
 {
     if (target.compare(projectExtension, Qt::CaseInsensitive) == 0) {
@@ -53,7 +55,8 @@ PaletteBatchConvert::PaletteBatchConvert(const QString &folder, const QString &t
     }
     m_format = formatFromWord(target);
     if (m_format == FormatUnknown)
-        throw DescribedException(tr("Batch convert palettes"), tr("'%1' is not a palette format.").arg(target));
+        throw DescribedException(tr("Batch convert palettes"),
+                                 tr("'%1' is not a palette format.").arg(target));
     m_extension = extensionOfFormat(m_format);
 }
 
@@ -79,7 +82,8 @@ int PaletteBatchConvert::existingTargets(const QFileInfoList &files) const
     return existing;
 }
 
-PaletteBatchConvert::Report PaletteBatchConvert::run(const QFileInfoList &files, const Progress &progress) const
+PaletteBatchConvert::Report PaletteBatchConvert::run(const QFileInfoList &files,
+                                                     const Progress &progress) const
 {
     if (m_folder.isEmpty() || !QDir().mkpath(m_folder))
         throw DescribedException(tr("Batch convert palettes"),
@@ -102,13 +106,14 @@ PaletteBatchConvert::Report PaletteBatchConvert::run(const QFileInfoList &files,
             continue;
         }
         if (sources.contains(target)) {
-            report.failures << failureLine(
-                file, tr("The result would replace %1, a palette of this batch.").arg(QFileInfo(target).fileName()));
+            report.failures << failureLine(file, tr("The result would replace %1, a palette of this batch.")
+                                                     .arg(QFileInfo(target).fileName()));
             continue;
         }
         if (written.contains(target)) {
-            report.failures << failureLine(
-                file, tr("%1 was already written from another palette of this batch.").arg(QFileInfo(target).fileName()));
+            report.failures << failureLine(file,
+                                           tr("%1 was already written from another palette of this batch.")
+                                               .arg(QFileInfo(target).fileName()));
             continue;
         }
         try {

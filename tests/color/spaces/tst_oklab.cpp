@@ -63,14 +63,19 @@ void TestOklab::publishedValues_data()
     QTest::newRow("OKLab white") << 12 << white << SpaceComponents{1.0, 0.0, 0.0, 0.0};
     QTest::newRow("OKLab black") << 12 << black << SpaceComponents{0.0, 0.0, 0.0, 0.0};
     QTest::newRow("OKLab red") << 12 << red << SpaceComponents{0.6279553606, 0.2248630611, 0.1258462985, 0.0};
-    QTest::newRow("OKLab green") << 12 << green << SpaceComponents{0.8664396115, -0.2338875742, 0.1794984799, 0.0};
-    QTest::newRow("OKLab blue") << 12 << blue << SpaceComponents{0.4520137184, -0.0324569842, -0.3115281477, 0.0};
+    QTest::newRow("OKLab green") << 12 << green
+                                 << SpaceComponents{0.8664396115, -0.2338875742, 0.1794984799, 0.0};
+    QTest::newRow("OKLab blue") << 12 << blue
+                                << SpaceComponents{0.4520137184, -0.0324569842, -0.3115281477, 0.0};
     // The same in polar form: chroma = hypot(a, b), hue = atan2(b, a) in degrees.
     QTest::newRow("OKLCH white") << 13 << white << SpaceComponents{1.0, 0.0, 0.0, 0.0};
     QTest::newRow("OKLCH black") << 13 << black << SpaceComponents{0.0, 0.0, 0.0, 0.0};
-    QTest::newRow("OKLCH red") << 13 << red << SpaceComponents{0.6279553606, 0.2576833077, 29.2338851923, 0.0};
-    QTest::newRow("OKLCH green") << 13 << green << SpaceComponents{0.8664396115, 0.2948272403, 142.4953388878, 0.0};
-    QTest::newRow("OKLCH blue") << 13 << blue << SpaceComponents{0.4520137184, 0.3132143717, 264.0520206381, 0.0};
+    QTest::newRow("OKLCH red") << 13 << red
+                               << SpaceComponents{0.6279553606, 0.2576833077, 29.2338851923, 0.0};
+    QTest::newRow("OKLCH green") << 13 << green
+                                 << SpaceComponents{0.8664396115, 0.2948272403, 142.4953388878, 0.0};
+    QTest::newRow("OKLCH blue") << 13 << blue
+                                << SpaceComponents{0.4520137184, 0.3132143717, 264.0520206381, 0.0};
 }
 
 void TestOklab::publishedValues()
@@ -131,7 +136,8 @@ void TestOklab::roundTrip()
 {
     QFETCH(int, space);
     // Every corner of the cube and a grid through it, the dark end where the curve is linear included.
-    const uint levels[] = {0, 1, 2, 3, 50, 2650, 2651, 4369, 13107, 21845, 32767, 32768, 43690, 52428, 65534, 65535};
+    const uint levels[] = {0,     1,     2,     3,     50,    2650,  2651,  4369,
+                           13107, 21845, 32767, 32768, 43690, 52428, 65534, 65535};
     int checked = 0;
     for (uint r : levels)
         for (uint g : levels)
@@ -160,7 +166,8 @@ void TestOklab::editedComponents_data()
         << 13 << SpaceComponents{0.4520137184, 0.3132143717, 264.0520206381 - 720, 0} << blue;
     QTest::newRow("OKLCH no chroma, any hue") << 13 << SpaceComponents{1, 0, 123, 0} << white;
     // Far outside the gamut: a green lighter and twice as colourful as sRGB's clamps channel by channel.
-    QTest::newRow("OKLCH out of gamut") << 13 << SpaceComponents{0.9, 0.6, 142.5, 0} << Colour{0, 65535, 0, 65535};
+    QTest::newRow("OKLCH out of gamut")
+        << 13 << SpaceComponents{0.9, 0.6, 142.5, 0} << Colour{0, 65535, 0, 65535};
     QTest::newRow("OKLab not finite") << 12 << SpaceComponents{NAN, 0, 0, 0} << black;
 }
 

@@ -183,7 +183,8 @@ void TestImageTransforms::turnsAndMirrorsUndoEachOther()
             img = ImageTransforms::apply(step, img);
         return img;
     };
-    const QString cw = "image_rotate_cw", ccw = "image_rotate_ccw", h = "image_mirror_h", v = "image_mirror_v";
+    const QString cw = "image_rotate_cw", ccw = "image_rotate_ccw", h = "image_mirror_h",
+                  v = "image_mirror_v";
     QVERIFY(sameImage(apply({cw, cw, cw, cw}, image), image));
     QVERIFY(sameImage(apply({ccw, ccw, ccw, ccw}, image), image));
     QVERIFY(sameImage(apply({cw, ccw}, image), image));
@@ -199,7 +200,8 @@ void TestImageTransforms::turnsAndMirrorsUndoEachOther()
 void TestImageTransforms::refusals()
 {
     QVERIFY(ImageTransforms::apply("image_rotate_cw", DocumentImage()).isNull());
-    QVERIFY_EXCEPTION_THROWN(ImageTransforms::apply("image_rotate_180", imageOf(2, 1, 1, {0})), DescribedException);
+    QVERIFY_EXCEPTION_THROWN(ImageTransforms::apply("image_rotate_180", imageOf(2, 1, 1, {0})),
+                             DescribedException);
     ChromaxisDocument doc;
     DocumentCommands commands(doc, nullptr);
     try {
@@ -274,7 +276,8 @@ void TestImageTransforms::recordedStepsReplay()
     ChromaxisDocument replayed;
     replayed.setImageState({original, QString(), false});
     MacroPlayer player(nullptr);
-    const MacroPlayer::Report report = player.play(replayed, MacroFile::decode(MacroFile::encode(steps), "m.cxm"));
+    const MacroPlayer::Report report =
+        player.play(replayed, MacroFile::decode(MacroFile::encode(steps), "m.cxm"));
     QCOMPARE(report.played, 4);
     QVERIFY(report.skipped.isEmpty());
     QVERIFY(sameImage(replayed.image(), recorded.image()));

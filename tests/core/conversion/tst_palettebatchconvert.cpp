@@ -106,8 +106,8 @@ void TestPaletteBatchConvert::convertsEveryFileAndReportsTheBadOnes()
     QFETCH(QString, extension);
     const PaletteBatchConvert batch(m_dir->filePath("out"), target);
     QCOMPARE(batch.extension(), extension);
-    const QFileInfoList files =
-        infos(m_dir->filePath("in"), {"warm.gpl", "broken.gpl", "cool.aco", "notes.xyz", "missing.gpl", "grey.cxw"});
+    const QFileInfoList files = infos(m_dir->filePath("in"), {"warm.gpl", "broken.gpl", "cool.aco",
+                                                              "notes.xyz", "missing.gpl", "grey.cxw"});
     const PaletteBatchConvert::Report report = batch.run(files);
 
     QCOMPARE(report.total, 6);
@@ -116,12 +116,14 @@ void TestPaletteBatchConvert::convertsEveryFileAndReportsTheBadOnes()
     QVERIFY(!report.complete());
     QCOMPARE(report.failures.size(), 3);
     QVERIFY2(report.failures[0].startsWith("broken.gpl: "), qPrintable(report.failures[0]));
-    QCOMPARE(report.failures[1], QString("notes.xyz: Unable to load palette notes.xyz. Unrecognized format."));
-    QVERIFY2(report.failures[2].startsWith("missing.gpl: Could not open file"), qPrintable(report.failures[2]));
+    QCOMPARE(report.failures[1],
+             QString("notes.xyz: Unable to load palette notes.xyz. Unrecognized format."));
+    QVERIFY2(report.failures[2].startsWith("missing.gpl: Could not open file"),
+             qPrintable(report.failures[2]));
     for (const QString &line : report.failures)
         QVERIFY(!line.contains('\n'));
-    QCOMPARE(report.text("F"), "3 of 6 palettes were written to F.\n\nThese palettes failed:\n" +
-                                   report.failures.join('\n'));
+    QCOMPARE(report.text("F"),
+             "3 of 6 palettes were written to F.\n\nThese palettes failed:\n" + report.failures.join('\n'));
     QCOMPARE(QDir(m_dir->filePath("out")).entryList(QDir::Files),
              QStringList({"cool" + extension, "grey" + extension, "warm" + extension}));
 
@@ -201,22 +203,26 @@ void TestPaletteBatchConvert::neverDestroysItsOwnFiles()
     const PaletteBatchConvert::Report report =
         batch.run({QFileInfo(in("warm.gpl")), QFileInfo(m_dir->filePath("other/warm.aco"))});
     QCOMPARE(report.written, 1);
-    QCOMPARE(report.failures, QStringList({"warm.aco: warm.act was already written from another palette of this batch."}));
+    QCOMPARE(report.failures,
+             QStringList({"warm.aco: warm.act was already written from another palette of this batch."}));
     QCOMPARE(rgbOf(openPaletteFile(out("warm.act"))), rgbOf(m_warm));
 
     // A result that cannot be written leaves what is in its place and the others go on.
     QVERIFY(QDir(m_dir->path()).mkpath("out/cool.act"));
-    const PaletteBatchConvert::Report blocked = batch.run(infos(m_dir->filePath("in"), {"cool.aco", "grey.cxw"}));
+    const PaletteBatchConvert::Report blocked =
+        batch.run(infos(m_dir->filePath("in"), {"cool.aco", "grey.cxw"}));
     QCOMPARE(blocked.written, 1);
     QCOMPARE(blocked.failures.size(), 1);
-    QVERIFY2(blocked.failures[0].startsWith("cool.aco: The destination file '"), qPrintable(blocked.failures[0]));
+    QVERIFY2(blocked.failures[0].startsWith("cool.aco: The destination file '"),
+             qPrintable(blocked.failures[0]));
     QVERIFY(QFileInfo(out("cool.act")).isDir());
     QCOMPARE(rgbOf(openPaletteFile(out("grey.act"))), rgbOf(m_grey));
 }
 
 void TestPaletteBatchConvert::progressAndCancel()
 {
-    const QFileInfoList files = infos(m_dir->filePath("in"), {"warm.gpl", "cool.aco", "grey.cxw", "broken.gpl"});
+    const QFileInfoList files =
+        infos(m_dir->filePath("in"), {"warm.gpl", "cool.aco", "grey.cxw", "broken.gpl"});
     QStringList calls;
     auto recorder = [&](int stopAt) {
         return [&calls, stopAt](int index, int count, const QString &name) {

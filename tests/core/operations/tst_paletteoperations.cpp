@@ -228,11 +228,13 @@ void TestPaletteOperations::perceptualSpaces_data()
     QTest::addColumn<QString>("name");
     QTest::addColumn<QString>("lines");
     for (const char *mode : {"12", "13"}) {
-        QTest::addRow("blur %s", mode) << "blur" << QStringLiteral("mode:%1\ncomp1:2\ncomp2:2\ncomp3:2").arg(mode);
+        QTest::addRow("blur %s", mode)
+            << "blur" << QStringLiteral("mode:%1\ncomp1:2\ncomp2:2\ncomp3:2").arg(mode);
         QTest::addRow("components %s", mode)
             << "component_manipulation" << QStringLiteral("mode:%1\ncomp1:10\ncomp2:-5").arg(mode);
         QTest::addRow("gradient tint %s", mode)
-            << "gradienttint" << QStringLiteral("mode:%1\ncolor1:#ff0000\nopacity1:60\ncolor2:#0000ff\nopacity2:60").arg(mode);
+            << "gradienttint"
+            << QStringLiteral("mode:%1\ncolor1:#ff0000\nopacity1:60\ncolor2:#0000ff\nopacity2:60").arg(mode);
     }
 }
 
@@ -241,13 +243,20 @@ void TestPaletteOperations::perceptualSpaces()
     // OKLab and OKLCH are accepted wherever a colour space is chosen, and they are really used.
     QFETCH(QString, name);
     QFETCH(QString, lines);
-    const Palette<uint> in = paletteOf({{65535, 0, 0, 65535}, {30000, 50000, 10000, 65535}, {0, 0, 65535, 65535},
-                                        {40000, 40000, 40000, 65535}, {65535, 60000, 0, 65535}});
+    const Palette<uint> in = paletteOf({{65535, 0, 0, 65535},
+                                        {30000, 50000, 10000, 65535},
+                                        {0, 0, 65535, 65535},
+                                        {40000, 40000, 40000, 65535},
+                                        {65535, 60000, 0, 65535}});
     const Palette<uint> out = PaletteOperations::apply(name, in, {}, pairsOf(lines));
     QCOMPARE(out.size(), in.size());
     QVERIFY(out != in);
-    QVERIFY(out != PaletteOperations::apply(name, in, {}, pairsOf(QString(lines).replace(QRegularExpression("mode:1."), "mode:0"))));
-    QVERIFY(out != PaletteOperations::apply(name, in, {}, pairsOf(QString(lines).replace(QRegularExpression("mode:1."), "mode:3"))));
+    QVERIFY(out !=
+            PaletteOperations::apply(
+                name, in, {}, pairsOf(QString(lines).replace(QRegularExpression("mode:1."), "mode:0"))));
+    QVERIFY(out !=
+            PaletteOperations::apply(
+                name, in, {}, pairsOf(QString(lines).replace(QRegularExpression("mode:1."), "mode:3"))));
 }
 
 void TestPaletteOperations::clampedSettings()
