@@ -131,6 +131,14 @@ public slots:
     void imageBatchApply();
     // A fast conversion by its macro step name, as one history step and one macro step.
     void imageFastConvert(const QString &step);
+    // Image > Transform, and a transform by its macro step name
+    void imageMirrorHorizontally();
+    void imageMirrorVertically();
+    void imageRotateCW();
+    void imageRotateCCW();
+    void imageTransform(const QString &step);
+    // Palette > Batch convert palettes...
+    void paletteBatchConvert();
     // View
     void normalSize();
     void zoomIn();

@@ -1,5 +1,5 @@
-// The Image menu: the fast conversions, "Convert...", "Quantisize...", "Interpolate colors" and
-// "Batch apply palette...". The engines of the core compute every image and the document
+// The Image menu: the fast conversions, "Convert...", "Quantisize...", "Interpolate colors", the
+// transforms and "Batch apply palette...". The engines of the core compute every image and the document
 // commands install it as one history step with its macro step; the window asks for settings
 // and shows progress and reports.
 #include "chromaxismainwindow.h"
@@ -83,6 +83,35 @@ void ChromaxisMainWindow::imageModeIndexed32bitInt()
 void ChromaxisMainWindow::imageModeContinuous()
 {
     imageFastConvert(QStringLiteral("image_convert_real"));
+}
+
+// ---- Transforms ----------------------------------------------------------------------------------
+
+void ChromaxisMainWindow::imageTransform(const QString &step)
+{
+    if (!m_document.hasImage())
+        return;
+    run([&] { m_commands.transformImage(step); });
+}
+
+void ChromaxisMainWindow::imageMirrorHorizontally()
+{
+    imageTransform(QStringLiteral("image_mirror_h"));
+}
+
+void ChromaxisMainWindow::imageMirrorVertically()
+{
+    imageTransform(QStringLiteral("image_mirror_v"));
+}
+
+void ChromaxisMainWindow::imageRotateCW()
+{
+    imageTransform(QStringLiteral("image_rotate_cw"));
+}
+
+void ChromaxisMainWindow::imageRotateCCW()
+{
+    imageTransform(QStringLiteral("image_rotate_ccw"));
 }
 
 // ---- Conversion dialogs --------------------------------------------------------------------------

@@ -9,6 +9,7 @@
 #include "conversion/imageconvertsettings.h"
 #include "conversion/imagequantisizer.h"
 #include "conversion/imagequantisizesettings.h"
+#include "conversion/imagetransforms.h"
 #include "storage/palettedatabase.h"
 #include "storage/projectfile.h"
 #include "palette/standardpalettes.h"
@@ -132,11 +133,16 @@ int imageFast(CliContext &ctx)
     const CliArgs args(ctx.args, {});
     args.expectOperands(3);
     const QString name = args.operands()[0];
-    if (!FastConversions::exists(name))
-        throw CliUsageError{QStringLiteral("unknown conversion '%1'; one of: %2")
-                                .arg(name, FastConversions::names().join(QStringLiteral(", ")))};
+    const bool transform = ImageTransforms::exists(name);
+    if (!transform && !FastConversions::exists(name))
+        throw CliUsageError{
+            QStringLiteral("unknown conversion '%1'; one of: %2")
+                .arg(name, (FastConversions::names() + ImageTransforms::names()).join(QStringLiteral(", ")))};
     Input input = openInput(args.operands()[1]);
-    FastConversions::Result r = FastConversions::apply(name, input.image, input.palette, input.lastPalette);
+    // A transform moves the pixels and keeps the palette the image is shown with.
+    FastConversions::Result r =
+        transform ? FastConversions::Result{ImageTransforms::apply(name, input.image), input.palette}
+                  : FastConversions::apply(name, input.image, input.palette, input.lastPalette);
     input.image = DocumentImage();
     writeResult(args.operands()[2], std::move(r.image), r.palette, input);
     return ExitOk;

@@ -31,8 +31,9 @@ const char *const usageText =
     "  color to-space SPACE R G B A        components of a 16-bit colour in a colour space\n"
     "  color from-space SPACE C1 C2 C3 C4  the 16-bit colour of space components\n"
     "  color hsva R G B A                  hue, saturation, value and alpha of a colour\n"
-    "      SPACE is an index 0..11 or a name (RGB, XYZ, HSL, Lab, LCH, Luv, Yxy, CMY, CMYK,\n"
-    "      HSV, HSB, HunterLab); R G B A are the 32-bit words of the colour (0..65535).\n"
+    "      SPACE is an index 0..13 or a name (RGB, XYZ, HSL, Lab, LCH, Luv, Yxy, CMY, CMYK,\n"
+    "      HSV, HSB, HunterLab, OKLab, OKLCH); R G B A are the 32-bit words of the colour\n"
+    "      (0..65535).\n"
     "\n"
     "Palettes:\n"
     "  palette show FILE [--from WORD] [--raw]\n"
@@ -42,13 +43,15 @@ const char *const usageText =
     "  palette text IN OUT|- [--settings FILE] [--select LIST]\n"
     "  palette render IN OUT.png [--settings FILE]\n"
     "  palette select IN [--settings FILE] [--set KEY=VALUE]...\n"
+    "  palette batch OUTDIR FILE... --to WORD [--option KEY=VALUE]...\n"
     "\n"
     "Images and projects:\n"
     "  image show FILE\n"
     "  image render FILE OUT.png [--palette P] [--interpolate 0|1]\n"
     "  image convert IN OUT [--settings FILE] [--set KEY=VALUE]...\n"
     "  image quantise IN OUT [--settings FILE] [--set KEY=VALUE]...\n"
-    "  image fast NAME IN OUT\n"
+    "  image fast NAME IN OUT              NAME: a fast conversion or a transform (image_mirror_h,\n"
+    "                                      image_mirror_v, image_rotate_cw, image_rotate_ccw)\n"
     "  image batch OUTDIR FILE... [--settings FILE] [--set KEY=VALUE]...\n"
     "  project show FILE.cxw\n"
     "  project create OUT.cxw [--palette P] [--image I] [--select LIST]\n"
@@ -88,7 +91,7 @@ std::vector<Command> commands()
         {{"animation"}, {}},
         {{"db", "list"}, dbList},
         {{"db", "show"}, dbShow},
-        {{"palette", "batch"}, {}},
+        {{"palette", "batch"}, paletteBatch},
         {{"macro", "run"}, macroRun},
     };
 }

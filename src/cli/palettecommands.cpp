@@ -2,6 +2,7 @@
 
 #include "cliargs.h"
 #include "clijson.h"
+#include "conversion/palettebatchconvert.h"
 #include "palette/describedexception.h"
 #include "formats/exportoptions.h"
 #include "formats/paletteformats.h"
@@ -10,10 +11,14 @@
 #include "operations/selectionlist.h"
 
 #include <QBuffer>
+#include <QDir>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTextStream>
+
+#include <cstdio>
+#include <unistd.h>
 
 namespace {
 
@@ -107,4 +112,41 @@ int paletteText(CliContext &ctx)
     ctx.out.flush();
     writeOutput(out, bytes);
     return ExitOk;
+}
+
+int paletteBatch(CliContext &ctx)
+{
+    const CliArgs args(ctx.args, {{to}, {QStringLiteral("option"), true, true}});
+    if (args.operands().size() < 2)
+        throw CliUsageError{QStringLiteral("palette batch needs OUTDIR and at least one FILE")};
+    const QString word = args.value(to);
+    if (word.isEmpty())
+        throw CliUsageError{QStringLiteral("palette batch needs --to WORD")};
+    const bool project = isProjectPath(QString(), word);
+    if (!project)
+        paletteFormatFor(QString(), word); // an unknown word is wrong usage, found before any work
+    const ExportOptions options = exportOptionsFrom(args);
+    if (project && args.has(QStringLiteral("option")))
+        throw CliUsageError{QStringLiteral("a project file takes no export options")};
+
+    const QString folder = args.operands()[0];
+    QFileInfoList files;
+    for (const QString &path : args.operands().mid(1))
+        files << QFileInfo(path);
+    const PaletteBatchConvert batch(folder, word, options);
+    PaletteBatchConvert::Progress progress;
+    if (isatty(fileno(stderr)))
+        progress = [](int index, int count, const QString &name) {
+            std::fprintf(stderr, "\r\033[Kconverting %d of %d: %s", index + 1, count, qPrintable(name));
+            if (index + 1 == count)
+                std::fputc('\n', stderr);
+            std::fflush(stderr);
+            return true;
+        };
+    const PaletteBatchConvert::Report report = batch.run(files, progress);
+    if (report.complete())
+        return ExitOk;
+    ctx.err << report.text(QDir(folder).absolutePath()) << '\n';
+    ctx.err.flush();
+    return ExitFailure;
 }

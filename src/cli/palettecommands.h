@@ -5,3 +5,4 @@
 int paletteShow(CliContext &ctx);
 int paletteConvert(CliContext &ctx);
 int paletteText(CliContext &ctx);
+int paletteBatch(CliContext &ctx);

@@ -1,5 +1,7 @@
 #include <QtTest>
 
+#include <cmath>
+
 #include "clirunner.h"
 
 
@@ -12,6 +14,8 @@ private slots:
     void badUsage_data();
     void badUsage();
     void notBuiltCommandsSaySo();
+    void perceptualSpaces_data();
+    void perceptualSpaces();
 };
 
 void TestCliColor::prints_data()
@@ -76,6 +80,48 @@ void TestCliColor::notBuiltCommandsSaySo()
         // Once the animation writer exists the command must fail for the missing input, not hang.
         QCOMPARE(r.code, 1);
     }
+}
+
+void TestCliColor::perceptualSpaces_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("index");
+    QTest::addColumn<QStringList>("colour");
+    QTest::addColumn<QList<double>>("expected"); // the published values
+    QTest::newRow("OKLab red") << "OKLab"
+                               << "12" << QStringList{"65535", "0", "0", "65535"}
+                               << QList<double>{0.6279553606, 0.2248630611, 0.1258462985, 0};
+    QTest::newRow("OKLab blue") << "oklab"
+                                << "12" << QStringList{"0", "0", "65535", "0"}
+                                << QList<double>{0.4520137184, -0.0324569842, -0.3115281477, 0};
+    QTest::newRow("OKLCH green") << "OKLCH"
+                                 << "13" << QStringList{"0", "65535", "0", "65535"}
+                                 << QList<double>{0.8664396115, 0.2948272403, 142.4953388878, 0};
+    QTest::newRow("OKLCH white") << "OKLCH"
+                                 << "13" << QStringList{"65535", "65535", "65535", "65535"}
+                                 << QList<double>{1, 0, 0, 0};
+}
+
+void TestCliColor::perceptualSpaces()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, index);
+    QFETCH(QStringList, colour);
+    QFETCH(QList<double>, expected);
+    const CliRun byName = runCli(QStringList{"color", "to-space", name} + colour);
+    QCOMPARE(byName.err, QString());
+    QCOMPARE(byName.code, 0);
+    const CliRun byIndex = runCli(QStringList{"color", "to-space", index} + colour);
+    QCOMPARE(byIndex.out, byName.out);
+    const QStringList words = QString::fromUtf8(byName.out).trimmed().split(' ');
+    QCOMPARE(words.size(), 4);
+    for (int i = 0; i < 4; ++i)
+        QVERIFY2(std::fabs(words[i].toDouble() - expected[i]) < 1e-4, byName.out.constData());
+    // The printed digits are enough to come back to the colour (alpha made opaque).
+    const CliRun back = runCli(QStringList{"color", "from-space", name} + words);
+    QCOMPARE(back.code, 0);
+    QCOMPARE(QString::fromUtf8(back.out),
+             QStringList(colour.mid(0, 3) + QStringList{"65535"}).join(' ') + "\n");
 }
 
 QTEST_GUILESS_MAIN(TestCliColor)

@@ -20,6 +20,8 @@ private slots:
     void projectInputGivesItsPalette();
     void missingPaletteIsReported();
     void batchAppliesAndReportsFailures();
+    void transforms_data();
+    void transforms();
     void failures_data();
     void failures();
 
@@ -170,6 +172,45 @@ void TestCliConversion::batchAppliesAndReportsFailures()
     QCOMPARE(clean.code, 0);
     QCOMPARE(clean.err, QString());
     QVERIFY(QFile::exists(path("batch/again/tiny.png")));
+}
+
+void TestCliConversion::transforms_data()
+{
+    QTest::addColumn<QString>("step");
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<QPoint>("cornerGoesTo"); // where the photo's top left pixel ends up
+    QTest::newRow("mirror h") << "image_mirror_h" << QSize(8, 6) << QPoint(7, 0);
+    QTest::newRow("mirror v") << "image_mirror_v" << QSize(8, 6) << QPoint(0, 5);
+    QTest::newRow("rotate cw") << "image_rotate_cw" << QSize(6, 8) << QPoint(5, 0);
+    QTest::newRow("rotate ccw") << "image_rotate_ccw" << QSize(6, 8) << QPoint(0, 7);
+}
+
+void TestCliConversion::transforms()
+{
+    QFETCH(QString, step);
+    QFETCH(QSize, size);
+    QFETCH(QPoint, cornerGoesTo);
+    // An RGB picture written as a picture, and the cells of a continuous image kept in a project.
+    CliRun r = runCli({"image", "fast", step, path("photo.png"), path("turned.png")});
+    QCOMPARE(r.err, QString());
+    QCOMPARE(r.code, 0);
+    const QImage photo(path("photo.png")), turned(path("turned.png"));
+    QCOMPARE(turned.size(), size);
+    QCOMPARE(turned.pixel(cornerGoesTo), photo.pixel(0, 0));
+
+    std::vector<float> cells(8 * 6);
+    for (size_t i = 0; i < cells.size(); ++i)
+        cells[i] = float(i) * 1000.25f;
+    NumpyImage::write(DocumentImage::fromContinuous(8, 6, cells), path("cells.npy"));
+    r = runCli({"image", "fast", step, path("cells.npy"), path("turned.cxw")});
+    QCOMPARE(r.code, 0);
+    const ProjectData project = ProjectFile::read(path("turned.cxw"));
+    QCOMPARE(project.image.mode(), 4);
+    QCOMPARE(QSize(project.image.width(), project.image.height()), size);
+    const size_t corner = size_t(cornerGoesTo.y()) * size_t(size.width()) + size_t(cornerGoesTo.x());
+    QCOMPARE(project.image.continuousCells()[corner], 0.0f);
+    QCOMPARE(project.palette.size(), 256); // the start-up palette, untouched
+    QVERIFY(!project.paletteModified);
 }
 
 void TestCliConversion::failures_data()

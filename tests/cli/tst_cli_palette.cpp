@@ -1,3 +1,4 @@
+#include <QDir>
 #include <QFile>
 #include <QJsonDocument>
 #include <QTemporaryDir>
@@ -51,6 +52,7 @@ private slots:
     void failedWriteKeepsOldFile();
     void badUsage_data();
     void badUsage();
+    void batch();
 
 private:
     QString path(const QString &name) const { return m_dir->filePath(name); }
@@ -300,6 +302,11 @@ void TestCliPalette::badUsage_data()
         << QStringList{"convert", "@fire.gpl", "@x.js", "--option", "js.type=hsl"};
     QTest::newRow("text without output") << QStringList{"text", "@fire.gpl"};
     QTest::newRow("set without =") << QStringList{"text", "@fire.gpl", "-", "--set", "header"};
+    QTest::newRow("batch without --to") << QStringList{"batch", "@out", "@fire.gpl"};
+    QTest::newRow("batch to an image format") << QStringList{"batch", "@out", "@fire.gpl", "--to", "png"};
+    QTest::newRow("batch without files") << QStringList{"batch", "@out", "--to", "jasc"};
+    QTest::newRow("batch project with options")
+        << QStringList{"batch", "@out", "@fire.gpl", "--to", "cxw", "--option", "columns=4"};
     for (const char *list : {"", "a", "3-", "-3", "5-2", "1,,2", "1;2", "+1", "0x1", "99999999999", "1-2-3"})
         QTest::newRow(qPrintable(QString("select '%1'").arg(list)))
             << QStringList{"text", "@fire.gpl", "-", "--select", list};
@@ -312,7 +319,44 @@ void TestCliPalette::badUsage()
     QCOMPARE(r.code, 2);
     QVERIFY(r.out.isEmpty());
     QVERIFY2(r.err.contains("Usage: chromaxis-cli"), qPrintable(r.err));
-    QVERIFY(!QFile::exists(path("x.gpl")) && !QFile::exists(path("x.js")));
+    QVERIFY(!QFile::exists(path("x.gpl")) && !QFile::exists(path("x.js")) && !QFile::exists(path("out")));
+}
+
+// Every file becomes OUTDIR/<base name>.<format's extension>; the bad ones are reported after all
+// the others are done.
+void TestCliPalette::batch()
+{
+    write("sea.hex", "0000800080ff\n");
+    write("notes.txt", fireGpl);
+    const QString out = path("out");
+    CliRun r = runCli({"palette", "batch", out, path("fire.gpl"), path("broken.gpl"), path("sea.hex"),
+                       path("notes.txt"), "--to", "jasc"});
+    QCOMPARE(r.code, 1);
+    QVERIFY(r.out.isEmpty());
+    QVERIFY2(
+        r.err.startsWith(
+            QString("2 of 4 palettes were written to %1.\n\nThese palettes failed:\nbroken.gpl: ").arg(out)),
+        qPrintable(r.err));
+    QVERIFY2(r.err.endsWith("\nnotes.txt: Unable to load palette notes.txt. Unrecognized format.\n"),
+             qPrintable(r.err));
+    QCOMPARE(QDir(out).entryList(QDir::Files), QStringList({"fire.jasc", "sea.jasc"}));
+    QVERIFY(read("out/fire.jasc").startsWith("JASC-PAL\r\n"));
+    r = runCli({"palette", "show", path("out/fire.jasc")});
+    QCOMPARE(r.code, 0);
+    QVERIFY2(r.out.contains(QByteArray("\"entries\":") + fireEntries), r.out.constData());
+    r = runCli({"palette", "show", path("out/sea.jasc")});
+    QVERIFY2(r.out.contains(R"("entries":[[0,0,32768,65535],[0,32768,65280,65535]])"), r.out.constData());
+
+    // Projects keep the palette whole; a clean run says nothing and succeeds.
+    r = runCli({"palette", "batch", out, path("fire.gpl"), "--to", "cxw"});
+    QCOMPARE(r.err, QString());
+    QCOMPARE(r.code, 0);
+    r = runCli({"palette", "show", path("out/fire.cxw")});
+    QVERIFY2(r.out.contains(QByteArray("\"entries\":") + fireEntries), r.out.constData());
+    // The exporter's options reach the writer.
+    r = runCli({"palette", "batch", out, path("fire.gpl"), "--to", "js", "--option", "js.name=flames"});
+    QCOMPARE(r.code, 0);
+    QVERIFY2(read("out/fire.js").contains("flames"), read("out/fire.js").constData());
 }
 
 QTEST_GUILESS_MAIN(TestCliPalette)

@@ -286,6 +286,16 @@ int formatFromWord(const QString &word)
     return FormatUnknown;
 }
 
+QString extensionOfFormat(int format)
+{
+    static const char *const extensions[] = {"",    "gpl", "aco",    "map", "pal",  "gif", "html",
+                                             "css", "js",  "hextxt", "hex", "jasc", "ase", "act"};
+    static_assert(sizeof extensions / sizeof *extensions == FormatLast + 1, "one extension a format");
+    if (format <= FormatUnknown || format > FormatLast)
+        return QString();
+    return QString::fromLatin1(extensions[format]);
+}
+
 void importPalette(const QString &path, Palette<uint> &palette, int format)
 {
     // An unusable format number is reported before the file is touched.
@@ -305,6 +315,19 @@ void importPalette(const QString &path, Palette<uint> &palette, int format)
         throw DescribedException(readerTitle(format), QStringLiteral("The file\n'") + path +
                                                           QStringLiteral("'\nis too large for a palette."));
     readPaletteBytes(format, data, path, palette);
+}
+
+Palette<uint> openPaletteFile(const QString &path)
+{
+    const int format = formatFromWord(QFileInfo(path).suffix());
+    if (format == FormatUnknown)
+        throw DescribedException(QStringLiteral("Could not load"),
+                                 QStringLiteral("Unable to load palette %1.\nUnrecognized format.")
+                                     .arg(QFileInfo(path).fileName()));
+    Palette<uint> palette;
+    importPalette(path, palette, format);
+    recordPaletteFileName(palette, path);
+    return palette;
 }
 
 void exportPalette(const QString &path, const Palette<uint> &palette, int format,

@@ -27,11 +27,19 @@ enum PaletteFormat : int {
 
 // The format number of a word (compared in lower case); FormatUnknown for anything else.
 int formatFromWord(const QString &word);
+// The file extension, without the dot, that "Save palette as..." gives a format ("gpl", "jasc",
+// ...); formatFromWord of it is the format again. Empty for FormatUnknown and unknown numbers.
+QString extensionOfFormat(int format);
 
 // Appends the colours read from path to palette. Throws DescribedException on failure; colours
 // appended before the failure stay. A ".pal" file whose first bytes are "JASC-PAL" is read as
 // JASC even when the RIFF format was asked for.
 void importPalette(const QString &path, Palette<uint> &palette, int format);
+
+// Reads a palette file as "Open palette..." does: the format comes from the extension (one that
+// names no format is refused: "Could not load", "Unable to load palette NAME.\nUnrecognized
+// format."), and the file name is recorded in the properties.
+Palette<uint> openPaletteFile(const QString &path);
 
 // Writes palette to path through QSaveFile, so a failure leaves an existing file untouched.
 void exportPalette(const QString &path, const Palette<uint> &palette, int format,

@@ -1,5 +1,8 @@
 #include "spaces/colorspace.h"
 
+#include "spaces/colorspacemath.h"
+
+#include <algorithm>
 #include <cmath>
 #include <typeinfo>
 
@@ -21,53 +24,25 @@ constexpr double kWhiteD = kWhiteX + 15.0 * kWhiteY + 3.0 * kWhiteZ;
 constexpr double kToXyz[3][3] = {
     {0.4124564, 0.3575761, 0.1804375}, {0.2126729, 0.7151522, 0.072175}, {0.0193339, 0.119192, 0.9503041}};
 
-struct Matrix3
-{
-    double m[3][3];
-};
+using Math::copyInto;
+using Math::wrappedHue;
 
-// The exact inverse of kToXyz in double precision, so that Xyz -> Rgb undoes Rgb -> Xyz to the
-// last bits rather than to the seven digits of a published inverse.
-Matrix3 inverseOfToXyz()
+const Math::Matrix3 &fromXyz()
 {
-    const auto &a = kToXyz;
-    Matrix3 inv{};
-    inv.m[0][0] = a[1][1] * a[2][2] - a[1][2] * a[2][1];
-    inv.m[0][1] = a[0][2] * a[2][1] - a[0][1] * a[2][2];
-    inv.m[0][2] = a[0][1] * a[1][2] - a[0][2] * a[1][1];
-    inv.m[1][0] = a[1][2] * a[2][0] - a[1][0] * a[2][2];
-    inv.m[1][1] = a[0][0] * a[2][2] - a[0][2] * a[2][0];
-    inv.m[1][2] = a[0][2] * a[1][0] - a[0][0] * a[1][2];
-    inv.m[2][0] = a[1][0] * a[2][1] - a[1][1] * a[2][0];
-    inv.m[2][1] = a[0][1] * a[2][0] - a[0][0] * a[2][1];
-    inv.m[2][2] = a[0][0] * a[1][1] - a[0][1] * a[1][0];
-    const double det = a[0][0] * inv.m[0][0] + a[0][1] * inv.m[1][0] + a[0][2] * inv.m[2][0];
-    for (auto &row : inv.m)
-        for (double &v : row)
-            v /= det;
-    return inv;
-}
-
-const Matrix3 &fromXyz()
-{
-    static const Matrix3 inv = inverseOfToXyz();
+    static const Math::Matrix3 inv = Math::inverted(kToXyz);
     return inv;
 }
 
 // One Rgb component -> linear light on 0..100.
 double linearOf(double component)
 {
-    const double c = component / kRgbScale;
-    const double lin = c > 0.04045 ? std::pow((c + 0.055) / 1.055, 2.4) : c / 12.92;
-    return lin * 100.0;
+    return Math::srgbToLinear(component / kRgbScale) * 100.0;
 }
 
 // Linear light on 0..100 -> one Rgb component; the exact inverse of linearOf on both segments.
 double componentOf(double linear)
 {
-    const double lin = linear / 100.0;
-    const double c = lin > 0.04045 / 12.92 ? 1.055 * std::pow(lin, 1.0 / 2.4) - 0.055 : lin * 12.92;
-    return c * kRgbScale;
+    return Math::linearToSrgb(linear / 100.0) * kRgbScale;
 }
 
 // The Lab companding function and its inverse.
@@ -80,17 +55,6 @@ double labFInverse(double f)
 {
     const double cube = f * f * f;
     return cube > 0.008856 ? cube : (f - 16.0 / 116.0) / 7.787;
-}
-
-// Hue in degrees from anything a dialog may hand back: wrapped into 0..360, 0 when not finite.
-double wrappedHue(double h)
-{
-    if (!std::isfinite(h))
-        return 0.0;
-    h = std::fmod(h, 360.0);
-    if (h < 0.0)
-        h += 360.0;
-    return h >= 360.0 ? 0.0 : h;
 }
 
 // The shared hue of Hsv, Hsb and Hsl, from r, g, b on any common scale with delta > 0.
@@ -147,18 +111,6 @@ void hsvInverse(double h, double s, double v, Rgb &out)
     double r, g, b;
     fromHueChroma(h, chroma, v - chroma, r, g, b);
     out = Rgb(r * kRgbScale, g * kRgbScale, b * kRgbScale);
-}
-
-// Copies into an object of the same class, or goes through Rgb when handed any other space.
-template <typename T> void copyInto(const T &self, IColorSpace &other)
-{
-    if (typeid(other) == typeid(T)) {
-        static_cast<T &>(other) = self;
-        return;
-    }
-    Rgb rgb;
-    self.toRgb(rgb);
-    other.fromRgb(rgb);
 }
 
 } // namespace

@@ -15,6 +15,11 @@
 // by 65535 and then, inside the conversions, treats them as if they were on a 0..255 scale and
 // divides by 255 again. The numbers every dialog, preset and sort order depends on come from
 // this double scaling, so it is reproduced on purpose, and the inverses undo it.
+//
+// Oklab and Oklch came later and read the Rgb components as the 0..1 fractions they really are:
+// nothing stored depends on them having the old scaling, and their published values (white has
+// lightness 1) hold only on the true sRGB scale. Rgb itself means the same for every space, so
+// convert() between an old space and a new one still gives the numbered spaces' values.
 namespace ColorSpace {
 
 class Rgb;
@@ -100,6 +105,18 @@ class HunterLab : public IColorSpace
     CHROMAXIS_COLORSPACE_BODY(HunterLab)
     double l{}, a{}, b{};
 };
+// Björn Ottosson's OKLab on linear sRGB: lightness 0..1, a and b about -0.4..0.4.
+class Oklab : public IColorSpace
+{
+    CHROMAXIS_COLORSPACE_BODY(Oklab)
+    double l{}, a{}, b{};
+};
+// OKLab in polar form: chroma and hue in degrees (0..360). A grey has chroma 0 and hue 0.
+class Oklch : public IColorSpace
+{
+    CHROMAXIS_COLORSPACE_BODY(Oklch)
+    double l{}, c{}, h{};
+};
 
 #undef CHROMAXIS_COLORSPACE_BODY
 
@@ -109,6 +126,8 @@ class HunterLab : public IColorSpace
 enum ColorSpaceIndex : int {
     SpaceRGB = 0, SpaceXYZ, SpaceHSL, SpaceLab, SpaceLCH, SpaceLuv,
     SpaceYxy, SpaceCMY, SpaceCMYK, SpaceHSV, SpaceHSB, SpaceHunterLab,
+    // Appended after the first twelve, so that stored numbers keep their meaning.
+    SpaceOKLab, SpaceOKLCH,
     ColorSpaceCount
 };
 
@@ -118,7 +137,7 @@ struct ColorSpaceInfo
     QStringList components;
 };
 
-// Index 0..11 -> display name and component names.
+// Index 0..ColorSpaceCount - 1 -> display name and component names.
 const std::vector<ColorSpaceInfo> &colorSpaceTable();
 
 using SpaceComponents = std::array<double, 4>;

@@ -19,6 +19,8 @@ const std::vector<ColorSpaceInfo> &colorSpaceTable()
             {"HSV", "hue,saturation,value"},
             {"HSB", "hue,saturation,brightness"},
             {"HunterLab", "l,a,b"},
+            {"OKLab", "l,a,b"},
+            {"OKLCH", "l,c,h"},
         };
         std::vector<ColorSpaceInfo> t;
         for (const auto &row : rows)
@@ -81,6 +83,8 @@ SpaceComponents colourToSpace(const RGBAColor<uint> &colour, int space)
     case SpaceHSV: return forward(rgb, &Hsv::h, &Hsv::s, &Hsv::v);
     case SpaceHSB: return forward(rgb, &Hsb::h, &Hsb::s, &Hsb::b);
     case SpaceHunterLab: return forward(rgb, &HunterLab::l, &HunterLab::a, &HunterLab::b);
+    case SpaceOKLab: return forward(rgb, &Oklab::l, &Oklab::a, &Oklab::b);
+    case SpaceOKLCH: return forward(rgb, &Oklch::l, &Oklch::c, &Oklch::h);
     default: return {rgb.r, rgb.g, rgb.b, colour.a / kWordMax};
     }
     // clang-format on
@@ -119,6 +123,8 @@ RGBAColor<uint> spaceToColour(const SpaceComponents &c, int space)
     case SpaceHSV: rgb = inverse(c, &Hsv::h, &Hsv::s, &Hsv::v); break;
     case SpaceHSB: rgb = inverse(c, &Hsb::h, &Hsb::s, &Hsb::b); break;
     case SpaceHunterLab: rgb = inverse(c, &HunterLab::l, &HunterLab::a, &HunterLab::b); break;
+    case SpaceOKLab: rgb = inverse(c, &Oklab::l, &Oklab::a, &Oklab::b); break;
+    case SpaceOKLCH: rgb = inverse(c, &Oklch::l, &Oklch::c, &Oklch::h); break;
     default:
         // The plain RGB components truncate, as every caller of index 0 expects.
         return {truncatedChannel(c[0] * kWordMax), truncatedChannel(c[1] * kWordMax),

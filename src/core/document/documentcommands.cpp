@@ -3,6 +3,7 @@
 #include "conversion/fastconversions.h"
 #include "conversion/imageconverter.h"
 #include "conversion/imagequantisizer.h"
+#include "conversion/imagetransforms.h"
 #include "document/chromaxisdocument.h"
 #include "document/documentproject.h"
 #include "formats/paletteformats.h"
@@ -137,13 +138,7 @@ bool DocumentCommands::loadingPaletteDiscardsImage() const
 
 void DocumentCommands::loadPalette(const QString &path)
 {
-    const int format = formatFromWord(QFileInfo(path).suffix());
-    if (format == FormatUnknown)
-        throw DescribedException(tr("Could not load"), tr("Unable to load palette %1.\nUnrecognized format.")
-                                                           .arg(QFileInfo(path).fileName()));
-    Palette<uint> palette;
-    importPalette(path, palette, format);
-    recordPaletteFileName(palette, path);
+    const Palette<uint> palette = openPaletteFile(path);
     const bool discardImage = loadingPaletteDiscardsImage();
     if (discardImage) {
         m_document.beginGroup();
@@ -392,6 +387,15 @@ QStringList DocumentCommands::quantiseImage(const ImageQuantisizeSettings &setti
     replaceImageAndPalette(image, quantisizer.destinationPalette());
     record(QStringLiteral("image_quantisize"), SettingsText::formatLines(settings.toPairs()));
     return quantisizer.missingPalettes();
+}
+
+void DocumentCommands::transformImage(const QString &step)
+{
+    // An unknown name says so even where there is no image to transform.
+    const DocumentImage image = ImageTransforms::apply(step, m_document.image());
+    requireImage(step);
+    m_document.setImage(image);
+    record(step);
 }
 
 void DocumentCommands::installConversion(const DocumentImage &image, const Palette<uint> &palette,

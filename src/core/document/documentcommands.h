@@ -92,6 +92,9 @@ public:
     // Returns the palettes that could not be found and were replaced by grayscale.
     QStringList convertImage(const ImageConvertSettings &settings);
     QStringList quantiseImage(const ImageQuantisizeSettings &settings);
+    // Mirrors or rotates the image by the transform's step name (ImageTransforms), the palette
+    // untouched. Throws for an unknown name or a document without an image.
+    void transformImage(const QString &step);
     // The result of a conversion dialog, recorded under step with its settings text.
     void installConversion(const DocumentImage &image, const Palette<uint> &palette, const QString &step,
                            const QString &settingsText = {});

@@ -1,6 +1,7 @@
 #include "document/macroplayer.h"
 
 #include "conversion/fastconversions.h"
+#include "conversion/imagetransforms.h"
 #include "document/chromaxisdocument.h"
 #include "document/documentcommands.h"
 #include "operations/paletteoperations.h"
@@ -114,6 +115,8 @@ std::map<QString, MacroPlayer::Handler> builtinSteps()
     };
     for (const QString &name : FastConversions::names())
         r[name] = [name](MacroPlayer &, C &c, const P &) { c.fastConvert(name); };
+    for (const QString &name : ImageTransforms::names())
+        r[name] = [name](MacroPlayer &, C &c, const P &) { c.transformImage(name); };
     r["image_convert"] = [](MacroPlayer &, C &c, const P &p) {
         c.convertImage(ImageConvertSettings::fromPairs(pairsOf(p)));
     };

@@ -15,7 +15,7 @@ struct ColorTick
 
     int index = 0;
     uint color = 0xFF000000u; // 32-bit ARGB, 8 bits a channel, as QColor::rgba() gives it
-    int colorSpace = 0;       // colour-space number 0..11
+    int colorSpace = 0;       // colour-space number (ColorSpaceIndex)
     int function = Linear;
 
     // The key colour as the generator uses it: each 8-bit channel as the high byte, alpha 65535

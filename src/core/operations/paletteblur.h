@@ -19,7 +19,7 @@ struct BlurSettings
         Gauss = 1
     };
 
-    int mode = 0; // colour-space number 0..11
+    int mode = 0; // colour-space number (ColorSpaceIndex)
     int method = RunningMean;
     bool wrap = false; // stored and restored; the blur never wraps (see PaletteBlur::blur)
     int master = 1;    // "value": "Master size", sets all four radii

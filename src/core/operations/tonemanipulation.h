@@ -59,7 +59,7 @@ struct ComponentManipulationSettings
     static const QString settingsName;
     static constexpr int minimum = -100, maximum = 100; // percent of 1.0
 
-    int mode = 0;                    // colour-space number 0..11
+    int mode = 0;                    // colour-space number (ColorSpaceIndex)
     std::array<int, 4> components{}; // "comp1".."comp4"
     bool wrap = false;
     bool selectedOnly = false;

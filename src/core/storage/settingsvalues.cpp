@@ -75,7 +75,7 @@ int colourSpace(const QString &key, const QString &value)
     bool ok = false;
     const int v = value.trimmed().toInt(&ok);
     if (!ok || v < 0 || v >= ColorSpaceCount)
-        invalid(key, value, QStringLiteral("a colour-space number 0..11"));
+        invalid(key, value, QStringLiteral("a colour-space number 0..%1").arg(ColorSpaceCount - 1));
     return v;
 }
 

@@ -30,7 +30,7 @@ bool flag(const QString &key, const QString &value);
 // A colour as a colour button stores it ("#aa00ff"); the other forms a colour button accepts
 // ("#rgb", "#aarrggbb", colour names) are read too. The alpha is dropped.
 QColor colour(const QString &key, const QString &value);
-// A colour-space number 0..11. A combo box ignores an index it does not have, so an unknown
+// A colour-space number of colorSpaceTable(). A combo box ignores an index it does not have, so an unknown
 // space is refused rather than clamped.
 int colourSpace(const QString &key, const QString &value);
 

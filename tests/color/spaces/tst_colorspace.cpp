@@ -183,6 +183,8 @@ void TestColorSpace::table_data()
     QTest::newRow("9") << 9 << "HSV" << QStringList{"hue", "saturation", "value"};
     QTest::newRow("10") << 10 << "HSB" << QStringList{"hue", "saturation", "brightness"};
     QTest::newRow("11") << 11 << "HunterLab" << lab;
+    QTest::newRow("12") << 12 << "OKLab" << lab;
+    QTest::newRow("13") << 13 << "OKLCH" << QStringList{"l", "c", "h"};
 }
 
 void TestColorSpace::table()
@@ -191,7 +193,7 @@ void TestColorSpace::table()
     QFETCH(QString, name);
     QFETCH(QStringList, components);
     const auto &t = colorSpaceTable();
-    QCOMPARE(int(t.size()), 12);
+    QCOMPARE(int(t.size()), 14);
     QCOMPARE(t[size_t(index)].name, name);
     QCOMPARE(t[size_t(index)].components, components);
 }
@@ -331,7 +333,7 @@ void TestColorSpace::greysHaveNoHueOrSaturation()
 void TestColorSpace::unknownIndexActsAsRgb_data()
 {
     QTest::addColumn<int>("index");
-    for (int i : {-1, 12, 13, 1000, INT_MIN, INT_MAX})
+    for (int i : {-1, 14, 15, 1000, INT_MIN, INT_MAX})
         QTest::addRow("%d", i) << i;
 }
 
@@ -511,7 +513,7 @@ void TestColorSpace::nonFiniteComponentsAreClamped()
                         QCOMPARE(got.a, 65535u);
                         ++checked;
                     }
-    QCOMPARE(checked, 12 * 7 * 7 * 7 * 7);
+    QCOMPARE(checked, 14 * 7 * 7 * 7 * 7);
 }
 
 void TestColorSpace::paletteAndVectorForms()

@@ -63,6 +63,8 @@ private slots:
     void registryMatchesTypedFunctions();
     void badSettings_data();
     void badSettings();
+    void perceptualSpaces_data();
+    void perceptualSpaces();
     void clampedSettings();
     void settingsRoundTrip();
     void blurMasterFollowsOrder();
@@ -180,15 +182,15 @@ void TestPaletteOperations::badSettings_data()
     QTest::newRow("flag") << "hue_saturation_value"
                           << "colorize:yes"
                           << "The value \"yes\" of \"colorize\" is not 0 or 1.";
-    QTest::newRow("space 12") << "component_manipulation"
-                              << "mode:12"
-                              << "The value \"12\" of \"mode\" is not a colour-space number 0..11.";
+    QTest::newRow("space 14") << "component_manipulation"
+                              << "mode:14"
+                              << "The value \"14\" of \"mode\" is not a colour-space number 0..13.";
     QTest::newRow("space -1") << "blur"
                               << "mode:-1"
-                              << "The value \"-1\" of \"mode\" is not a colour-space number 0..11.";
+                              << "The value \"-1\" of \"mode\" is not a colour-space number 0..13.";
     QTest::newRow("gradient space") << "gradienttint"
                                     << "mode:x"
-                                    << "The value \"x\" of \"mode\" is not a colour-space number 0..11.";
+                                    << "The value \"x\" of \"mode\" is not a colour-space number 0..13.";
     QTest::newRow("method")
         << "blur"
         << "method:2"
@@ -219,6 +221,42 @@ void TestPaletteOperations::badSettings()
         QCOMPARE(e.title(), invalidSettings);
         QCOMPARE(e.message(), message);
     }
+}
+
+void TestPaletteOperations::perceptualSpaces_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("lines");
+    for (const char *mode : {"12", "13"}) {
+        QTest::addRow("blur %s", mode)
+            << "blur" << QStringLiteral("mode:%1\ncomp1:2\ncomp2:2\ncomp3:2").arg(mode);
+        QTest::addRow("components %s", mode)
+            << "component_manipulation" << QStringLiteral("mode:%1\ncomp1:10\ncomp2:-5").arg(mode);
+        QTest::addRow("gradient tint %s", mode)
+            << "gradienttint"
+            << QStringLiteral("mode:%1\ncolor1:#ff0000\nopacity1:60\ncolor2:#0000ff\nopacity2:60").arg(mode);
+    }
+}
+
+void TestPaletteOperations::perceptualSpaces()
+{
+    // OKLab and OKLCH are accepted wherever a colour space is chosen, and they are really used.
+    QFETCH(QString, name);
+    QFETCH(QString, lines);
+    const Palette<uint> in = paletteOf({{65535, 0, 0, 65535},
+                                        {30000, 50000, 10000, 65535},
+                                        {0, 0, 65535, 65535},
+                                        {40000, 40000, 40000, 65535},
+                                        {65535, 60000, 0, 65535}});
+    const Palette<uint> out = PaletteOperations::apply(name, in, {}, pairsOf(lines));
+    QCOMPARE(out.size(), in.size());
+    QVERIFY(out != in);
+    QVERIFY(out !=
+            PaletteOperations::apply(
+                name, in, {}, pairsOf(QString(lines).replace(QRegularExpression("mode:1."), "mode:0"))));
+    QVERIFY(out !=
+            PaletteOperations::apply(
+                name, in, {}, pairsOf(QString(lines).replace(QRegularExpression("mode:1."), "mode:3"))));
 }
 
 void TestPaletteOperations::clampedSettings()
