@@ -134,7 +134,7 @@ int imageFast(CliContext &ctx)
     const QString name = args.operands()[0];
     if (!FastConversions::exists(name))
         throw CliUsageError{QStringLiteral("unknown conversion '%1'; one of: %2")
-                                .arg(name, FastConversions::names().join(QStringLiteral(", ")))};
+                                .arg(elidedValue(name), FastConversions::names().join(QStringLiteral(", ")))};
     Input input = openInput(args.operands()[1]);
     FastConversions::Result r = FastConversions::apply(name, input.image, input.palette, input.lastPalette);
     input.image = DocumentImage();

@@ -495,10 +495,10 @@ void ProjectFile::write(const QString &path, const ProjectData &data)
     if (written.stage == FileWriteResult::NotOpened)
         throw DescribedException(
             saveTitle(),
-            QStringLiteral("Cannot save project %1.\nCould not open the file for writing.").arg(name));
+            QStringLiteral("Cannot save project %1.\nCould not open the file for writing.\n%2").arg(name, written.error));
     if (!written.ok())
         throw DescribedException(
-            saveTitle(), QStringLiteral("Cannot save project %1.\nCould not write the file.").arg(name));
+            saveTitle(), QStringLiteral("Cannot save project %1.\nCould not write the file.\n%2").arg(name, written.error));
 }
 
 ProjectData ProjectFile::read(const QString &path)

@@ -165,6 +165,7 @@ void TestWriteFileAtomically::fails_data()
 
     const auto NotOpened = FileWriteResult::NotOpened;
     const auto NotWritten = FileWriteResult::NotWritten;
+    const auto NotProduced = FileWriteResult::NotProduced;
     const auto NotCommitted = FileWriteResult::NotCommitted;
     QTest::newRow("no such folder") << "none/out.txt"
                                     << "" << int(Bytes) << 0 << 10 << NotOpened;
@@ -173,9 +174,9 @@ void TestWriteFileAtomically::fails_data()
     QTest::newRow("pipe in the way") << "out.txt"
                                      << "fifo" << int(Bytes) << 0 << 10 << NotOpened;
     QTest::newRow("writer gives up") << "out.txt"
-                                     << "file" << int(GiveUp) << 0 << 10 << NotWritten;
+                                     << "file" << int(GiveUp) << 0 << 10 << NotProduced;
     QTest::newRow("writer gives up, no old file") << "out.txt"
-                                                  << "" << int(GiveUp) << 0 << 10 << NotWritten;
+                                                  << "" << int(GiveUp) << 0 << 10 << NotProduced;
     QTest::newRow("disk full in one big write") << "out.txt"
                                                 << "file" << int(Bytes) << 4096 << 100000 << NotWritten;
     QTest::newRow("disk full, new file") << "out.txt"

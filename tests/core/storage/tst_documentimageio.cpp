@@ -71,9 +71,9 @@ void TestDocumentImageIO::failedSaveKeepsTheFile_data()
     QTest::addColumn<QString>("name");
     QTest::addColumn<QString>("message");
     QTest::newRow("no such folder") << "none/out.png"
-                                    << "Unable to save out.png.";
+                                    << "Unable to save out.png.\nNo such file or directory";
     QTest::newRow("no writer for the suffix") << "old.nosuchformat"
-                                              << "Unable to save old.nosuchformat.";
+                                              << "Unable to save old.nosuchformat.\nUnsupported image format";
     QTest::newRow("RGB as GIF") << "old.gif"
                                 << "Unable to save RGB image as .gif.";
 }
