@@ -28,11 +28,12 @@ QString tr(const char *text)
     return QCoreApplication::translate("DocumentCommands", text);
 }
 
-// A palette operation acts on the whole palette when nothing is selected; its step says so by
-// carrying no selection at all.
+// A palette operation acts on the whole palette when nothing is selected; its step says so with
+// an empty selection line. A step without one would act on whatever the replaying document has
+// selected, which an undo (of a paste that cleared the selection, say) can leave different.
 QString operationSelection(const std::set<int> &selection)
 {
-    return selection.empty() ? QString() : SelectionList::parameterLine(selection);
+    return SelectionList::parameterLine(selection);
 }
 
 QString colorText(const RGBAColor<uint> &c)

@@ -252,14 +252,17 @@ private:
                          SettingsText::Pairs settings;
                          if (name == QLatin1String("shift_order"))
                              settings.emplace_back("offset", QString::number(random(21) - 10));
+                         if (coin()) // the manipulations then act on the selected entries only
+                             settings.emplace_back("sel_only", "1");
                          m_last += QLatin1Char(' ') + name;
                          c.applyPaletteOperation(name, m_doc.selection(), settings);
                      }});
         t.push_back({"dialog result", 4, [&] {
                          const QString name = coin() ? QStringLiteral("tint") : QStringLiteral("blur");
+                         const SettingsText::Pairs settings{{"sel_only", QString::number(random(2))}};
                          const Palette<uint> result =
-                             PaletteOperations::apply(name, m_doc.palette(), m_doc.selection(), {});
-                         c.installPalette(result, name, SettingsText::format(name, QString()));
+                             PaletteOperations::apply(name, m_doc.palette(), m_doc.selection(), settings);
+                         c.installPalette(result, name, SettingsText::format(name, SettingsText::formatLines(settings)));
                      }});
         const auto copy = [&] {
             const std::set<int> s = randomSelection();
