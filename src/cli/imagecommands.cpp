@@ -90,8 +90,9 @@ int dbShow(CliContext &ctx)
     args.expectOperands(1);
     const auto palette = PaletteDatabase::shipped().lookup(args.operands()[0]);
     if (!palette)
-        throw DescribedException(QStringLiteral("Palette database"),
-                                 QStringLiteral("No palette named '%1' in the database.").arg(elidedValue(args.operands()[0])));
+        throw DescribedException(
+            QStringLiteral("Palette database"),
+            QStringLiteral("No palette named '%1' in the database.").arg(elidedValue(args.operands()[0])));
     ctx.out << QString::fromUtf8(QJsonDocument(paletteJson(*palette)).toJson(QJsonDocument::Compact)) << '\n';
     return ExitOk;
 }

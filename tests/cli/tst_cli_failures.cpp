@@ -70,7 +70,8 @@ QByteArray pngWithBadTextChunk()
     QImage picture(4, 3, QImage::Format_RGB32);
     picture.fill(qRgb(10, 20, 30));
     picture.save(&buffer, "png");
-    const QByteArray text = QByteArray("\0\0\0\x0DtEXtComment\0hello", 21) + QByteArray("\x12\x34\x56\x78", 4);
+    const QByteArray text =
+        QByteArray("\0\0\0\x0DtEXtComment\0hello", 21) + QByteArray("\x12\x34\x56\x78", 4);
     return png.insert(33, text); // after the signature and the header chunk
 }
 
@@ -181,7 +182,8 @@ void TestCliFailures::devicesAreNotReplaced_data()
     QTest::addColumn<QStringList>("args");
     QTest::addColumn<QString>("err");
     for (const QString kind : {"pipe", "device"}) {
-        const auto row = [&](const char *name, const QString &node, const QStringList &args, const QString &err) {
+        const auto row = [&](const char *name, const QString &node, const QStringList &args,
+                             const QString &err) {
             QTest::addRow("%s, %s", name, qPrintable(kind))
                 << kind << node << args
                 << QString(err).replace("%1", "@" + node).replace("%2", node) + '\n' + notRegular + '\n';
@@ -194,7 +196,8 @@ void TestCliFailures::devicesAreNotReplaced_data()
             "Could not save: Cannot save project %2.\nCould not open the file for writing.");
         row("image render", "out.png", {"image", "render", "@indexed.png", "@out.png"},
             "Could not save: Unable to save %2.");
-        row("image fast", "out.npy", {"image", "fast", "image_convert_indexed32bitint", "@indexed.png", "@out.npy"},
+        row("image fast", "out.npy",
+            {"image", "fast", "image_convert_indexed32bitint", "@indexed.png", "@out.npy"},
             "Error on writing NumPy array: Could not open file '%1' for writing.");
         row("macro run", "out.cxw", {"macro", "run", "@m.cxm", "@fire.gpl", "@out.cxw"},
             "Could not save: Cannot save project %2.\nCould not open the file for writing.");
@@ -250,28 +253,29 @@ void TestCliFailures::longValuesAreCut_data()
     QTest::addColumn<QStringList>("args");
     QTest::addColumn<QString>("macro"); // written to @m.cxm when given
     QTest::addColumn<int>("code");
-    QTest::addColumn<QString>("err");   // the first line of stderr
+    QTest::addColumn<QString>("err"); // the first line of stderr
     const QString x(20000, 'x');
     const QString cut = QString(80, 'x') + "...";
     QTest::newRow("a setting's value")
-        << QStringList{"palette", "apply", "tint", "@fire.gpl", "@o.gpl", "--set", "opacity=" + x} << QString() << 1
-        << "Invalid settings: The value \"" + cut + "\" of \"opacity\" is not an integer.";
-    QTest::newRow("a format word") << QStringList{"palette", "convert", "@fire.gpl", "@o.gpl", "--to", x} << QString()
-                                   << 2 << "chromaxis-cli: '" + cut + "' is not a palette format";
+        << QStringList{"palette", "apply", "tint", "@fire.gpl", "@o.gpl", "--set", "opacity=" + x}
+        << QString() << 1 << "Invalid settings: The value \"" + cut + "\" of \"opacity\" is not an integer.";
+    QTest::newRow("a format word") << QStringList{"palette", "convert", "@fire.gpl", "@o.gpl", "--to", x}
+                                   << QString() << 2
+                                   << "chromaxis-cli: '" + cut + "' is not a palette format";
     QTest::newRow("a command") << QStringList{"palette", x} << QString() << 2
                                << "chromaxis-cli: unknown command 'palette " + QString(72, 'x') + "...'";
     QTest::newRow("a macro's colour")
         << QStringList{"macro", "run", "@m.cxm", "@fire.gpl", "@o.cxw"}
-        << "chromaxis-macro 1\n%step edit\nselection:0\ncolor:" + x + "\n" << 1
-        << "Error on playing macro: The step 'edit' has a colour that cannot be read: '" + cut + "'.";
+        << "chromaxis-macro 1\n%step edit\nselection:0\ncolor:" + x + "\n"
+        << 1 << "Error on playing macro: The step 'edit' has a colour that cannot be read: '" + cut + "'.";
     QString unknown = "chromaxis-macro 1\n";
     for (int i = 0; i < 30; ++i)
         unknown += QStringLiteral("%step later_%1\n").arg(i % 12) + "%step " + x + "\n";
-    QTest::newRow("steps not built yet") << QStringList{"macro", "run", "@m.cxm", "@fire.gpl", "@o.cxw"} << unknown
-                                         << 0
-                                         << "warning: 60 steps are not available yet and were skipped: later_0, " + cut +
-                                                ", later_1, later_2, later_3, later_4, later_5, later_6, later_7, "
-                                                "later_8 and 6 more";
+    QTest::newRow("steps not built yet")
+        << QStringList{"macro", "run", "@m.cxm", "@fire.gpl", "@o.cxw"} << unknown << 0
+        << "warning: 60 steps are not available yet and were skipped: later_0, " + cut +
+               ", later_1, later_2, later_3, later_4, later_5, later_6, later_7, "
+               "later_8 and 6 more";
 }
 
 // An error message repeated a hostile 10 MB value whole.
@@ -308,7 +312,8 @@ void TestCliFailures::outOfMemorySaysSo()
     }
     if (limited.isEmpty())
         QSKIP("the command line does not start under a small address-space limit here (a sanitizer build?)");
-    const Run r = run({"macro", "run", path("double.cxm"), path("fire.gpl"), path("o.cxw")}, QString(), {}, limited);
+    const Run r =
+        run({"macro", "run", path("double.cxm"), path("fire.gpl"), path("o.cxw")}, QString(), {}, limited);
     QCOMPARE(r.err, QString("Out of memory: There is not enough memory to carry out the command.\n"));
     QCOMPARE(r.code, 1);
     QVERIFY(!QFile::exists(path("o.cxw")));

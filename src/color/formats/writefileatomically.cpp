@@ -75,8 +75,8 @@ FileWriteResult writeStandardOutput(const FileWriter &writer)
         if (n < 0 && errno == EINTR)
             continue;
         if (n <= 0)
-            return {FileWriteResult::NotWritten,
-                    n < 0 ? QString::fromLocal8Bit(std::strerror(errno)) : QStringLiteral("Nothing was written.")};
+            return {FileWriteResult::NotWritten, n < 0 ? QString::fromLocal8Bit(std::strerror(errno))
+                                                       : QStringLiteral("Nothing was written.")};
         data += n;
         left -= n;
     }
@@ -104,7 +104,8 @@ FileWriteResult writeFileAtomically(const QString &path, const FileWriter &write
         return {FileWriteResult::NotOpened, QStringLiteral("It is a folder, not a file.")};
     if (target.exists() && !target.isFile())
         return {FileWriteResult::NotOpened,
-                QStringLiteral("It is not a regular file but a device, a pipe or a socket, which is never replaced.")};
+                QStringLiteral(
+                    "It is not a regular file but a device, a pipe or a socket, which is never replaced.")};
     QSaveFile file(path);
     // Unbuffered, a write cut short by a full disk comes back at once as a short count, and the
     // next write names the reason; a buffer would swallow the reason when it is flushed.
@@ -120,7 +121,8 @@ FileWriteResult writeFileAtomically(const QString &path, const FileWriter &write
             device.failed() ? FileWriteResult{FileWriteResult::NotWritten, device.errorString()}
             : file.error() != QFileDevice::NoError
                 ? FileWriteResult{FileWriteResult::NotWritten, file.errorString()}
-                : FileWriteResult{FileWriteResult::NotProduced, QStringLiteral("The contents could not be produced.")};
+                : FileWriteResult{FileWriteResult::NotProduced,
+                                  QStringLiteral("The contents could not be produced.")};
         file.cancelWriting();
         return failure;
     }

@@ -15,9 +15,9 @@ struct FileWriteResult
     {
         Written,     // the file holds the new contents
         NotOpened,   // the file could not be created: no such folder, a folder or device there, ...
-        NotWritten,   // a write was refused or short: a full disk, a file size limit, an I/O error
-        NotProduced,  // the writer gave up while every write went through; it knows why
-        NotCommitted  // the written file could not replace the old one
+        NotWritten,  // a write was refused or short: a full disk, a file size limit, an I/O error
+        NotProduced, // the writer gave up while every write went through; it knows why
+        NotCommitted // the written file could not replace the old one
     };
     Stage stage = Written;
     // Why it failed, in words a message can end with ("No space left on device"); empty on success.

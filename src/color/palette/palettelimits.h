@@ -11,7 +11,7 @@
 // would pass the limit is refused before it changes anything.
 namespace PaletteLimits {
 
-constexpr int maximumLength = 1 << 20;      // 1,048,576 entries
+constexpr int maximumLength = 1 << 20;          // 1,048,576 entries
 constexpr int maximumSelection = maximumLength; // indexes in one selection
 
 // The message of a command that would make a palette of length entries.

@@ -33,8 +33,9 @@ Palette<uint> paletteOf(int size)
 
 QString tooLong(qint64 length)
 {
-    return QStringLiteral("Palette too large: The palette would hold %1 entries; a palette holds at most 1048576 "
-                          "entries.\nThe command changed nothing.")
+    return QStringLiteral(
+               "Palette too large: The palette would hold %1 entries; a palette holds at most 1048576 "
+               "entries.\nThe command changed nothing.")
         .arg(length);
 }
 
@@ -73,11 +74,10 @@ private:
 void TestDocumentLimits::initTestCase()
 {
     QVERIFY(m_dir.isValid());
-    PaletteOperations::registerOperation(
-        "test_grow", {[](const Palette<uint> &p, const std::set<int> &, const SettingsText::Pairs &) {
-                          return paletteOf(p.size() + 2);
-                      },
-                      false});
+    PaletteOperations::registerOperation("test_grow",
+                                         {[](const Palette<uint> &p, const std::set<int> &,
+                                             const SettingsText::Pairs &) { return paletteOf(p.size() + 2); },
+                                          false});
 }
 
 // Each row starts from a document at the limit less one entry, with an image, a selection, a
@@ -90,14 +90,16 @@ void TestDocumentLimits::commandsPastTheLimitChangeNothing_data()
     QTest::newRow("palette size 1e8") << "size" << tooLong(100000000);
     QTest::newRow("palette size one past the limit") << "size+1" << tooLong(limit + 1);
     QTest::newRow("maximum palette size past the limit")
-        << "maximum" << "Invalid settings: The maximum palette size can be at most 1048576 entries.";
+        << "maximum"
+        << "Invalid settings: The maximum palette size can be at most 1048576 entries.";
     QTest::newRow("palette operation") << "operation" << tooLong(limit + 1);
     QTest::newRow("dialog result") << "install" << tooLong(limit + 1);
     QTest::newRow("conversion result") << "conversion" << tooLong(limit + 1);
     QTest::newRow("project") << "project" << tooLong(limit + 1);
     QTest::newRow("palette file") << "palette file" << tooLong(limit + 1);
     QTest::newRow("selection file")
-        << "selection file" << "Could not load: The selection in '%1' names more than 1048576 entries.";
+        << "selection file"
+        << "Could not load: The selection in '%1' names more than 1048576 entries.";
     QTest::newRow("macro paste") << "macro" << tooLong(limit + 1);
 }
 
@@ -138,7 +140,8 @@ void TestDocumentLimits::commandsPastTheLimitChangeNothing()
         } else if (command == "install") {
             commands.installPalette(paletteOf(limit + 1), "test_grow", QString());
         } else if (command == "conversion") {
-            commands.installConversion(DocumentImage::fromIndexes8(1, 1, {0}), paletteOf(limit + 1), "image_convert");
+            commands.installConversion(DocumentImage::fromIndexes8(1, 1, {0}), paletteOf(limit + 1),
+                                       "image_convert");
         } else if (command == "project") {
             ProjectData data;
             data.palette = paletteOf(limit + 1);
@@ -165,7 +168,8 @@ void TestDocumentLimits::commandsPastTheLimitChangeNothing()
             commands.loadSelection(file + ".txt");
         } else if (command == "macro") {
             MacroPlayer player(nullptr);
-            player.play(doc, macroOf("chromaxis-macro 1\n%step copy\nselection:0,1\n%step paste\nselection:\n"));
+            player.play(doc,
+                        macroOf("chromaxis-macro 1\n%step copy\nselection:0,1\n%step paste\nselection:\n"));
         }
     });
     QCOMPARE(got, expected);

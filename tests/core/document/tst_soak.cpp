@@ -57,14 +57,8 @@ QStringList macroOf(ChromaxisDocument &doc)
 
 Snapshot snapshotOf(ChromaxisDocument &doc)
 {
-    return {doc.palette(),
-            doc.paletteState(),
-            doc.imageState(),
-            doc.paletteViewSettings(),
-            doc.selection(),
-            doc.history().count(),
-            doc.history().position(),
-            macroOf(doc)};
+    return {doc.palette(),   doc.paletteState(),    doc.imageState(),         doc.paletteViewSettings(),
+            doc.selection(), doc.history().count(), doc.history().position(), macroOf(doc)};
 }
 
 // The cells of an image, whatever its mode, and the picture it shows.
@@ -72,7 +66,12 @@ QString imageDifference(const DocumentImage &a, const DocumentImage &b)
 {
     if (a.mode() != b.mode() || a.width() != b.width() || a.height() != b.height())
         return QStringLiteral("image %1 %2x%3 against %4 %5x%6")
-            .arg(a.mode()).arg(a.width()).arg(a.height()).arg(b.mode()).arg(b.width()).arg(b.height());
+            .arg(a.mode())
+            .arg(a.width())
+            .arg(a.height())
+            .arg(b.mode())
+            .arg(b.width())
+            .arg(b.height());
     if (a.interpolate() != b.interpolate())
         return QStringLiteral("interpolation");
     if (a.indexCells() != b.indexCells() || a.continuousCells() != b.continuousCells())
@@ -81,7 +80,8 @@ QString imageDifference(const DocumentImage &a, const DocumentImage &b)
         for (int y = 0; y < a.height(); ++y)
             if (std::memcmp(a.indexRow(y), b.indexRow(y), size_t(a.width())) != 0)
                 return QStringLiteral("8-bit indexes in row %1").arg(y);
-    if (a.picture().convertToFormat(QImage::Format_ARGB32) != b.picture().convertToFormat(QImage::Format_ARGB32))
+    if (a.picture().convertToFormat(QImage::Format_ARGB32) !=
+        b.picture().convertToFormat(QImage::Format_ARGB32))
         return QStringLiteral("picture");
     return QString();
 }
@@ -106,10 +106,12 @@ QString stateDifference(const Snapshot &a, const Snapshot &b)
     const QString content = contentDifference(a, b);
     if (!content.isEmpty())
         return content;
-    if (a.paletteState.fileName != b.paletteState.fileName || a.paletteState.paletteModified != b.paletteState.paletteModified ||
+    if (a.paletteState.fileName != b.paletteState.fileName ||
+        a.paletteState.paletteModified != b.paletteState.paletteModified ||
         a.paletteState.builtinIndex != b.paletteState.builtinIndex)
         return QStringLiteral("palette file name, flag or built-in index");
-    if (a.imageState.fileName != b.imageState.fileName || a.imageState.imageModified != b.imageState.imageModified)
+    if (a.imageState.fileName != b.imageState.fileName ||
+        a.imageState.imageModified != b.imageState.imageModified)
         return QStringLiteral("image file name or flag");
     return QString();
 }
@@ -154,7 +156,8 @@ public:
             QString failure = command->boundary ? checkpoint() : QString();
             if (failure.isEmpty())
                 failure = runOne(*command);
-            if (failure.isEmpty() && (command->boundary || m_doc.history().count() >= 15 || ++m_inEpisode >= 25)) {
+            if (failure.isEmpty() &&
+                (command->boundary || m_doc.history().count() >= 15 || ++m_inEpisode >= 25)) {
                 if (!command->boundary)
                     failure = checkpoint();
                 ++*checkpoints;
@@ -236,7 +239,8 @@ private:
         for (int i = 0; i < 20; ++i)
             cells.push_back(float(i) * 3400.0f);
         NumpyImage::write(DocumentImage::fromContinuous(5, 4, cells), path("cont.npy"));
-        NumpyImage::write(DocumentImage::fromIndexes32(4, 3, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 300, 2}), path("idx32.npy"));
+        NumpyImage::write(DocumentImage::fromIndexes32(4, 3, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 300, 2}),
+                          path("idx32.npy"));
         QFile selection(path("selection.txt"));
         QVERIFY(selection.open(QIODevice::WriteOnly));
         selection.write("1\n3\n4\n9\n");
@@ -262,7 +266,8 @@ private:
                          const SettingsText::Pairs settings{{"sel_only", QString::number(random(2))}};
                          const Palette<uint> result =
                              PaletteOperations::apply(name, m_doc.palette(), m_doc.selection(), settings);
-                         c.installPalette(result, name, SettingsText::format(name, SettingsText::formatLines(settings)));
+                         c.installPalette(result, name,
+                                          SettingsText::format(name, SettingsText::formatLines(settings)));
                      }});
         const auto copy = [&] {
             const std::set<int> s = randomSelection();
@@ -291,7 +296,8 @@ private:
                          c.setColor(randomSelection(), {uint(random(65536)), uint(random(65536)),
                                                         uint(random(65536)), uint(random(65536))});
                      }});
-        t.push_back({"palette size", 3, [&] { c.setPaletteSize(random(m_doc.paletteViewSettings().maximumSize + 8)); }});
+        t.push_back({"palette size", 3,
+                     [&] { c.setPaletteSize(random(m_doc.paletteViewSettings().maximumSize + 8)); }});
         t.push_back({"maximum size", 2, [&] { c.setMaximumPaletteSize(16 << random(9)); }});
         t.push_back({"fixed size", 2, [&] { c.setFixedPaletteSize(coin()); }});
         t.push_back({"fill colour", 2, [&] { c.setFillColor(randomColour()); }});
@@ -311,9 +317,11 @@ private:
         t.push_back({"built-in palette", 3, [&] { c.takeBuiltin(random(m_db.size() + 1)); }});
         t.push_back({"load palette", 2, [&] { c.loadPalette(path(coin() ? "five.gpl" : "ramp.gpl")); }});
         t.push_back({"load image", 4, [&] {
-                         static const char *const files[] = {"rgb.png", "indexed.png", "cont.npy", "idx32.npy", "none.png"};
+                         static const char *const files[] = {"rgb.png", "indexed.png", "cont.npy",
+                                                             "idx32.npy", "none.png"};
                          int action = coin() ? DocumentCommands::RgbKeep : 3 + random(7);
-                         if (m_undoneInEpisode && DocumentCommands::rgbOnLoadConversion(action).contains("lastpalette"))
+                         if (m_undoneInEpisode &&
+                             DocumentCommands::rgbOnLoadConversion(action).contains("lastpalette"))
                              action = DocumentCommands::RgbKeep; // as for the fast conversions below
                          c.loadImage(path(files[random(5)]), action);
                      }});
@@ -363,12 +371,15 @@ private:
                          else
                              c.saveImage(path(coin() ? "saved.png" : "saved.npy"));
                      }});
-        t.push_back({"export text", 1, [&] { c.exportPaletteText(path("text.txt"), PaletteTextEncoder::clipboardTemplate()); }});
+        t.push_back({"export text", 1, [&] {
+                         c.exportPaletteText(path("text.txt"), PaletteTextEncoder::clipboardTemplate());
+                     }});
         t.push_back({"project save and load", 2,
                      [&] {
                          c.saveProject(path("round.cxw"));
                          c.openProject(path("round.cxw"));
-                         DocumentCommands(m_replica, &m_db, DocumentCommands::DoNotRecord).openProject(path("round.cxw"));
+                         DocumentCommands(m_replica, &m_db, DocumentCommands::DoNotRecord)
+                             .openProject(path("round.cxw"));
                      },
                      true});
         t.push_back({"new project", 1,
@@ -469,7 +480,8 @@ private:
         while (m_doc.undo())
             ++undone;
         const Snapshot first = snapshotOf(m_doc);
-        const QString back = m_savedInEpisode ? contentDifference(first, m_first) : stateDifference(first, m_first);
+        const QString back =
+            m_savedInEpisode ? contentDifference(first, m_first) : stateDifference(first, m_first);
         if (!back.isEmpty())
             return QStringLiteral("undo: ") + back;
         for (int i = 0; i < undone; ++i)

@@ -93,36 +93,46 @@ std::vector<Writer> writers()
 {
     const QString save = QStringLiteral("Could not save");
     std::vector<Writer> w;
-    w.push_back({"palette file", "old.gpl", "Error on palette export", "The destination file\n'%1'\ncould not be built.",
-                 save, "Unable to save palette under\n%1.",
-                 [](ChromaxisDocument &, const QString &p) { exportPalette(p, bigPalette(), formatFromWord("gpl")); }});
+    w.push_back({"palette file", "old.gpl", "Error on palette export",
+                 "The destination file\n'%1'\ncould not be built.", save, "Unable to save palette under\n%1.",
+                 [](ChromaxisDocument &, const QString &p) {
+                     exportPalette(p, bigPalette(), formatFromWord("gpl"));
+                 }});
     w.push_back({"Photoshop palette", "old.aco", "Error on palette export",
                  "The destination file\n'%1'\ncould not be built.", save, "Unable to save palette under\n%1.",
-                 [](ChromaxisDocument &, const QString &p) { exportPalette(p, bigPalette(), formatFromWord("aco")); }});
-    w.push_back({"document palette", "old.gpl", "Error on palette export",
-                 "The destination file\n'%1'\ncould not be built.", save, "Unable to save palette under\n%1.",
-                 [](ChromaxisDocument &d, const QString &p) { DocumentCommands(d, nullptr).savePalette(p); }});
-    w.push_back({"text export", "old.txt", save, "Unable to save palette under\n%1.\nCould not open file.", save,
-                 "Unable to save palette under\n%1.", [](ChromaxisDocument &d, const QString &p) {
-                     DocumentCommands(d, nullptr).exportPaletteText(p, PaletteTextEncoder::clipboardTemplate());
+                 [](ChromaxisDocument &, const QString &p) {
+                     exportPalette(p, bigPalette(), formatFromWord("aco"));
                  }});
-    w.push_back({"project", "old.cxw", save, "Cannot save project %2.\nCould not open the file for writing.", save,
-                 "Cannot save project %2.\nCould not write the file.",
-                 [](ChromaxisDocument &d, const QString &p) { DocumentCommands(d, nullptr).saveProject(p); }});
+    w.push_back(
+        {"document palette", "old.gpl", "Error on palette export",
+         "The destination file\n'%1'\ncould not be built.", save, "Unable to save palette under\n%1.",
+         [](ChromaxisDocument &d, const QString &p) { DocumentCommands(d, nullptr).savePalette(p); }});
+    w.push_back(
+        {"text export", "old.txt", save, "Unable to save palette under\n%1.\nCould not open file.", save,
+         "Unable to save palette under\n%1.", [](ChromaxisDocument &d, const QString &p) {
+             DocumentCommands(d, nullptr).exportPaletteText(p, PaletteTextEncoder::clipboardTemplate());
+         }});
+    w.push_back(
+        {"project", "old.cxw", save, "Cannot save project %2.\nCould not open the file for writing.", save,
+         "Cannot save project %2.\nCould not write the file.",
+         [](ChromaxisDocument &d, const QString &p) { DocumentCommands(d, nullptr).saveProject(p); }});
     w.push_back({"picture", "old.png", save, "Unable to save %2.", save, "Unable to save %2.",
                  [](ChromaxisDocument &d, const QString &p) { DocumentCommands(d, nullptr).saveImage(p); }});
-    w.push_back({"NumPy array", "old.npy", "Error on writing NumPy array", "Could not open file '%1' for writing.",
-                 save, "Could not write file '%1'.",
+    w.push_back({"NumPy array", "old.npy", "Error on writing NumPy array",
+                 "Could not open file '%1' for writing.", save, "Could not write file '%1'.",
                  [](ChromaxisDocument &d, const QString &p) { DocumentCommands(d, nullptr).saveImage(p); }});
-    w.push_back({"macro", "old.cxm", "Error on writing macro", "The destination file\n'%1'\ncould not be built.", save,
-                 "Unable to save macro under\n%1.", [](ChromaxisDocument &, const QString &p) {
+    w.push_back({"macro", "old.cxm", "Error on writing macro",
+                 "The destination file\n'%1'\ncould not be built.", save, "Unable to save macro under\n%1.",
+                 [](ChromaxisDocument &, const QString &p) {
                      MacroFile::write(p, {{"tint", QString(70000, QLatin1Char('x'))}});
                  }});
-    w.push_back({"selection", "old.txt", save, "Could not open file '%1'.", save, "Could not write file '%1'.",
-                 [](ChromaxisDocument &d, const QString &p) { DocumentCommands(d, nullptr).saveSelection(p); }});
+    w.push_back(
+        {"selection", "old.txt", save, "Could not open file '%1'.", save, "Could not write file '%1'.",
+         [](ChromaxisDocument &d, const QString &p) { DocumentCommands(d, nullptr).saveSelection(p); }});
     w.push_back({"settings", "old.txt", save, "Cannot save %1.", save, "Cannot save %1.",
                  [](ChromaxisDocument &, const QString &p) {
-                     SettingsStore("no database", "tint").writeFile(p, QStringLiteral("comment:%1\n").arg(QString(70000, 'c')));
+                     SettingsStore("no database", "tint")
+                         .writeFile(p, QStringLiteral("comment:%1\n").arg(QString(70000, 'c')));
                  }});
     return w;
 }
@@ -178,8 +188,9 @@ void TestFailedSaves::failedSaveKeepsEverything_data()
     QTest::addColumn<int>("trouble");
     const std::vector<Writer> all = writers();
     for (int i = 0; i < int(all.size()); ++i)
-        for (const auto &t : {std::make_pair(SizeLimit, "file size limit"), std::make_pair(FullDisk, "full disk"),
-                              std::make_pair(Pipe, "pipe"), std::make_pair(Device, "device")})
+        for (const auto &t :
+             {std::make_pair(SizeLimit, "file size limit"), std::make_pair(FullDisk, "full disk"),
+              std::make_pair(Pipe, "pipe"), std::make_pair(Device, "device")})
             QTest::addRow("%s, %s", all[size_t(i)].name, t.second) << i << int(t.first);
 }
 
@@ -211,7 +222,8 @@ void TestFailedSaves::failedSaveKeepsEverything()
         QCOMPARE(readAll(path), oldContents);
     }
     const mode_t type = typeOf(path);
-    const QStringList before = QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot | QDir::System);
+    const QStringList before =
+        QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot | QDir::System);
 
     ChromaxisDocument doc;
     doc.setPaletteState({bigPalette(), 0, QStringLiteral("before.gpl"), true, true}, true);
@@ -223,11 +235,12 @@ void TestFailedSaves::failedSaveKeepsEverything()
     doc.setProjectFileName(QStringLiteral("before.cxw"));
 
     const bool refused = trouble == Pipe || trouble == Device;
-    const QString reason = trouble == SizeLimit ? QStringLiteral("File too large")
-                           : trouble == FullDisk
-                               ? QStringLiteral("No space left on device")
-                               : QStringLiteral("It is not a regular file but a device, a pipe or a socket, which is "
-                                                "never replaced.");
+    const QString reason =
+        trouble == SizeLimit ? QStringLiteral("File too large")
+        : trouble == FullDisk
+            ? QStringLiteral("No space left on device")
+            : QStringLiteral("It is not a regular file but a device, a pipe or a socket, which is "
+                             "never replaced.");
     const QString name = QFileInfo(path).fileName();
     const QString title = refused ? w.notOpenedTitle : w.notWrittenTitle;
     const QString message = QString(refused ? w.notOpened : w.notWritten)
@@ -246,7 +259,8 @@ void TestFailedSaves::failedSaveKeepsEverything()
     QCOMPARE(typeOf(path), type);
     if (!refused)
         QCOMPARE(readAll(path), oldContents);
-    QCOMPARE(QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot | QDir::System), before);
+    QCOMPARE(QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot | QDir::System),
+             before);
     QCOMPARE(doc.paletteFileName(), QString("before.gpl"));
     QVERIFY(doc.isPaletteModified());
     QCOMPARE(doc.imageFileName(), QString("before.npy"));
