@@ -24,6 +24,8 @@
 #include <QToolBar>
 #include <QVBoxLayout>
 
+#include <new>
+
 namespace {
 constexpr int paletteViewWidth = 222;
 constexpr int propertyPanelWidth = 241;
@@ -334,6 +336,9 @@ bool ChromaxisMainWindow::run(const std::function<void()> &command)
         command();
     } catch (const DescribedException &e) {
         showError(e);
+        return false;
+    } catch (const std::bad_alloc &) {
+        showError(outOfMemoryFailure());
         return false;
     }
     return true;

@@ -104,7 +104,7 @@ bool ChromaxisMainWindow::playMacroFile(const QString &path)
                              tr("%1 steps were played. These steps are not available yet and were "
                                 "skipped:\n%2")
                                  .arg(report.played)
-                                 .arg(report.skipped.join(", ")));
+                                 .arg(report.skippedText()));
     else
         statusBar()->showMessage(tr("Macro played: %1 steps").arg(report.played), 3000);
     return true;
@@ -141,7 +141,11 @@ void ChromaxisMainWindow::copy()
 void ChromaxisMainWindow::paste()
 {
     const QString selection = SelectionList::parameterLine(m_paletteView->selection());
-    if (m_paletteView->paste())
+    bool pasted = false;
+    // A paste past the palette limit is refused with a message and changes nothing.
+    if (!run([&] { pasted = m_paletteView->paste(); }))
+        return;
+    if (pasted)
         recordStep(QStringLiteral("paste"), selection);
     else
         statusBar()->showMessage(tr("The clipboard holds no colours"), 3000);

@@ -6,6 +6,7 @@
 #include "dialogs/palettetextencoderdialog.h"
 #include "imagelabel.h"
 #include "palette/describedexception.h"
+#include "palette/palettelimits.h"
 #include "utils/qt/colorwidgets/paletteview.h"
 #include "utils/qt/widgets/dialogsettingsio.h"
 
@@ -147,7 +148,7 @@ void ChromaxisMainWindow::readSettings()
     if (s.contains("fixpalettesize"))
         viewSettings.fixedSize = s.value("fixpalettesize").toBool();
     if (s.contains("maximum_palette_size") && s.value("maximum_palette_size").toInt() > 0)
-        viewSettings.maximumSize = s.value("maximum_palette_size").toInt();
+        viewSettings.maximumSize = qMin(s.value("maximum_palette_size").toInt(), PaletteLimits::maximumLength);
     m_document.setPaletteViewSettings(viewSettings, true);
     documentSettingsChanged();
     if (s.contains("interpolateentries"))

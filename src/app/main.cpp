@@ -1,4 +1,5 @@
 #include "chromaxismainwindow.h"
+#include "formats/librarymessages.h"
 #include "palette/palette.h"
 #include "storage/palettedatabase.h"
 
@@ -36,6 +37,7 @@ int main(int argc, char *argv[])
     QCoreApplication::setOrganizationDomain(QStringLiteral("chromaxis.org"));
     QCoreApplication::setApplicationName(QStringLiteral("Chromaxis"));
     registerPaletteMetaType();
+    quietLibraryMessages();
 
     auto window = std::make_unique<ChromaxisMainWindow>(builtinPalettes.get());
     window->show();

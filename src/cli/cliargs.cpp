@@ -39,7 +39,7 @@ CliArgs::CliArgs(const QStringList &args, const std::vector<Option> &options)
         const QString name = arg.mid(2, equals < 0 ? -1 : equals - 2);
         const Option *option = findOption(options, name);
         if (!option)
-            throw CliUsageError{QStringLiteral("unknown option '--%1'").arg(name)};
+            throw CliUsageError{QStringLiteral("unknown option '--%1'").arg(elidedValue(name))};
         QString value;
         if (!option->takesValue) {
             if (equals >= 0)
@@ -110,7 +110,7 @@ int paletteFormatFor(const QString &path, const QString &word)
         return formatFromWord(QFileInfo(path).suffix());
     const int format = formatFromWord(word);
     if (format == FormatUnknown)
-        throw CliUsageError{QStringLiteral("'%1' is not a palette format").arg(word)};
+        throw CliUsageError{QStringLiteral("'%1' is not a palette format").arg(elidedValue(word))};
     return format;
 }
 
@@ -139,7 +139,7 @@ SettingsText::Pairs settingsFromArgs(const CliArgs &args, const QString &dialogN
     for (const QString &assignment : args.values(QStringLiteral("set"))) {
         const int equals = assignment.indexOf(QLatin1Char('='));
         if (equals <= 0)
-            throw CliUsageError{QStringLiteral("'--set %1' is not KEY=VALUE").arg(assignment)};
+            throw CliUsageError{QStringLiteral("'--set %1' is not KEY=VALUE").arg(elidedValue(assignment))};
         pairs.emplace_back(assignment.left(equals), assignment.mid(equals + 1));
     }
     return pairs;
@@ -147,19 +147,17 @@ SettingsText::Pairs settingsFromArgs(const CliArgs &args, const QString &dialogN
 
 void writeOutput(const QString &path, const QByteArray &bytes)
 {
-    if (path == QLatin1String("-")) {
-        std::fflush(stdout);
-        if (std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stdout) != size_t(bytes.size()) ||
-            std::fflush(stdout) != 0)
-            throw DescribedException(QStringLiteral("Could not save"),
-                                     QStringLiteral("Unable to write to the standard output."));
+    const FileWriteResult written =
+        writeFileAtomically(path == QLatin1String("-") ? standardOutputPath : path, bytes);
+    if (written.ok())
         return;
-    }
-    const FileWriteResult written = writeFileAtomically(path, bytes);
-    if (!written.ok())
+    if (path == QLatin1String("-"))
         throw DescribedException(QStringLiteral("Could not save"),
-                                 QStringLiteral("Unable to save palette under\n%1.\n%2")
-                                     .arg(path, written.stage == FileWriteResult::NotOpened
-                                                    ? QStringLiteral("Could not open file.")
-                                                    : QStringLiteral("Could not write file.")));
+                                 QStringLiteral("Unable to write to the standard output.\n%1").arg(written.error));
+    throw DescribedException(QStringLiteral("Could not save"),
+                             QStringLiteral("Unable to save palette under\n%1.\n%2")
+                                 .arg(path,
+                                      written.stage == FileWriteResult::NotOpened
+                                          ? QStringLiteral("Could not open file.\n") + written.error
+                                          : written.error));
 }

@@ -1,5 +1,6 @@
 #include "colorcommands.h"
 
+#include "palette/describedexception.h"
 #include "spaces/colorconversion.h"
 #include "spaces/colorspace.h"
 
@@ -25,7 +26,7 @@ int parseSpace(const QString &word)
     for (size_t i = 0; i < table.size(); ++i)
         if (table[i].name.compare(word, Qt::CaseInsensitive) == 0)
             return int(i);
-    throw CliUsageError{QStringLiteral("unknown colour space '%1'").arg(word)};
+    throw CliUsageError{QStringLiteral("unknown colour space '%1'").arg(elidedValue(word))};
 }
 
 uint parseComponent(const QString &word)
@@ -33,7 +34,7 @@ uint parseComponent(const QString &word)
     bool ok = false;
     const uint v = word.toUInt(&ok);
     if (!ok)
-        throw CliUsageError{QStringLiteral("'%1' is not an unsigned 32-bit component").arg(word)};
+        throw CliUsageError{QStringLiteral("'%1' is not an unsigned 32-bit component").arg(elidedValue(word))};
     return v;
 }
 
@@ -42,7 +43,7 @@ double parseDouble(const QString &word)
     bool ok = false;
     const double v = word.toDouble(&ok);
     if (!ok)
-        throw CliUsageError{QStringLiteral("'%1' is not a number").arg(word)};
+        throw CliUsageError{QStringLiteral("'%1' is not a number").arg(elidedValue(word))};
     return v;
 }
 

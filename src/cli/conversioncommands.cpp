@@ -137,7 +137,7 @@ int imageFast(CliContext &ctx)
     if (!transform && !FastConversions::exists(name))
         throw CliUsageError{
             QStringLiteral("unknown conversion '%1'; one of: %2")
-                .arg(name, (FastConversions::names() + ImageTransforms::names()).join(QStringLiteral(", ")))};
+                .arg(elidedValue(name), (FastConversions::names() + ImageTransforms::names()).join(QStringLiteral(", ")))};
     Input input = openInput(args.operands()[1]);
     // A transform moves the pixels and keeps the palette the image is shown with.
     FastConversions::Result r =

@@ -8,9 +8,7 @@
 #include "storage/projectfile.h"
 #include "palette/standardpalettes.h"
 
-#include <QBuffer>
 #include <QFileInfo>
-#include <QImageWriter>
 #include <QJsonDocument>
 
 namespace {
@@ -71,14 +69,8 @@ int imageRender(CliContext &ctx)
                                       ? readPaletteFile(args.value(QStringLiteral("palette")), QString())
                                       : document.palette;
     image.render(palette);
-    QByteArray png;
-    QBuffer buffer(&png);
-    buffer.open(QIODevice::WriteOnly);
-    QImageWriter writer(&buffer, "png");
-    if (!writer.write(image.picture().convertToFormat(QImage::Format_ARGB32)))
-        throw DescribedException(QStringLiteral("Could not save"),
-                                 QStringLiteral("Unable to save %1.").arg(args.operands()[1]));
-    writeOutput(args.operands()[1], png);
+    DocumentImageIO::savePicture(args.operands()[1], image.picture().convertToFormat(QImage::Format_ARGB32),
+                                 QSize(image.width(), image.height()), "png");
     return ExitOk;
 }
 
@@ -98,8 +90,9 @@ int dbShow(CliContext &ctx)
     args.expectOperands(1);
     const auto palette = PaletteDatabase::shipped().lookup(args.operands()[0]);
     if (!palette)
-        throw DescribedException(QStringLiteral("Palette database"),
-                                 QStringLiteral("No palette named '%1' in the database.").arg(args.operands()[0]));
+        throw DescribedException(
+            QStringLiteral("Palette database"),
+            QStringLiteral("No palette named '%1' in the database.").arg(elidedValue(args.operands()[0])));
     ctx.out << QString::fromUtf8(QJsonDocument(paletteJson(*palette)).toJson(QJsonDocument::Compact)) << '\n';
     return ExitOk;
 }

@@ -1,6 +1,7 @@
 #include "clicontext.h"
 #include "colorcommands.h"
 #include "conversioncommands.h"
+#include "formats/librarymessages.h"
 #include "imagecommands.h"
 #include "operationcommands.h"
 #include "macrocommands.h"
@@ -11,9 +12,12 @@
 
 #include <QCoreApplication>
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 #include <functional>
+#include <new>
 #include <vector>
 
 namespace {
@@ -105,6 +109,22 @@ int usage(QTextStream &err, const QString &reason = {})
     return ExitUsage;
 }
 
+// Output that never arrived is a failure like any other: "palette show X >/dev/full" must not
+// report success. Called once the command's output is complete.
+int finish(QTextStream &out, QTextStream &err, int rc)
+{
+    out.flush();
+    const bool failed = out.status() != QTextStream::Ok;
+    const bool flushed = std::fflush(stdout) == 0;
+    if (!failed && flushed && !std::ferror(stdout))
+        return rc;
+    const QString reason = failed && out.device() ? out.device()->errorString()
+                                                  : QString::fromLocal8Bit(std::strerror(errno));
+    err << "Could not save: Unable to write to the standard output.\n" << reason << '\n';
+    err.flush();
+    return ExitFailure;
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -114,6 +134,7 @@ int main(int argc, char *argv[])
     QCoreApplication::setOrganizationDomain(QStringLiteral("chromaxis.org"));
     QCoreApplication::setApplicationName(QStringLiteral("Chromaxis"));
     registerPaletteMetaType();
+    quietLibraryMessages();
 
     QTextStream out(stdout);
     QTextStream err(stderr);
@@ -122,7 +143,7 @@ int main(int argc, char *argv[])
         return usage(err);
     if (args.size() == 1 && (args[0] == "--help" || args[0] == "-h" || args[0] == "help")) {
         out << usageText;
-        return ExitOk;
+        return finish(out, err, ExitOk);
     }
 
     for (const Command &cmd : commands()) {
@@ -134,14 +155,17 @@ int main(int argc, char *argv[])
         }
         CliContext ctx{args.mid(cmd.words.size()), out, err};
         try {
-            const int rc = cmd.run(ctx);
-            out.flush();
-            return rc;
+            return finish(out, err, cmd.run(ctx));
         } catch (const CliUsageError &e) {
             out.flush();
             return usage(err, e.reason);
         } catch (const DescribedException &e) {
             out.flush();
+            err << e.title() << ": " << e.message() << '\n';
+            return ExitFailure;
+        } catch (const std::bad_alloc &) {
+            out.flush();
+            const DescribedException e = outOfMemoryFailure();
             err << e.title() << ": " << e.message() << '\n';
             return ExitFailure;
         } catch (const std::exception &e) {
@@ -150,5 +174,5 @@ int main(int argc, char *argv[])
             return ExitFailure;
         }
     }
-    return usage(err, QStringLiteral("unknown command '%1'").arg(args.join(' ')));
+    return usage(err, QStringLiteral("unknown command '%1'").arg(elidedValue(args.join(' '))));
 }

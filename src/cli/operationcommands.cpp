@@ -53,7 +53,7 @@ int paletteApply(CliContext &ctx)
         !PaletteOperations::isGenerator(operation))
         throw CliUsageError{
             QStringLiteral("'-' stands for no input palette, which only generators accept; '%1' needs one")
-                .arg(operation)};
+                .arg(elidedValue(operation))};
     if (!PaletteOperations::exists(operation))
         PaletteOperations::apply(operation, {}, {}); // throws "Unknown operation"
     const SettingsText::Pairs settings = settingsFromArgs(args, operation);
@@ -74,7 +74,7 @@ int paletteGenerate(CliContext &ctx)
     const QString out = args.operands()[1];
     if (!parameterlessGenerators.contains(name))
         throw CliUsageError{QStringLiteral("'%1' is not one of %2")
-                                .arg(name, parameterlessGenerators.join(QStringLiteral(", ")))};
+                                .arg(elidedValue(name), parameterlessGenerators.join(QStringLiteral(", ")))};
     int size = -1;
     if (args.has(optSize)) {
         bool ok = false;
@@ -82,7 +82,7 @@ int paletteGenerate(CliContext &ctx)
         if (!ok || size < 1 || size > SettingsValues::maximumPaletteSize)
             throw CliUsageError{QStringLiteral("--size takes a palette size 1..%1, not '%2'")
                                     .arg(SettingsValues::maximumPaletteSize)
-                                    .arg(args.value(optSize))};
+                                    .arg(elidedValue(args.value(optSize)))};
     }
     Palette<uint> palette = PaletteOperations::apply(name, {}, {});
     // A palette of fixed size N keeps its length: the generated colours are cut to N, or padded

@@ -32,7 +32,7 @@ ExportOptions exportOptionsFrom(const CliArgs &args)
         try {
             options.setFromText(assignment);
         } catch (const DescribedException &e) {
-            throw CliUsageError{QStringLiteral("--option %1: %2").arg(assignment, e.message())};
+            throw CliUsageError{QStringLiteral("--option %1: %2").arg(elidedValue(assignment), e.message())};
         }
     }
     return options;

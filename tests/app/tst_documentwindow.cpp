@@ -9,6 +9,7 @@
 #include "storage/numpyimage.h"
 #include "storage/palettedatabase.h"
 #include "formats/paletteformats.h"
+#include "operations/paletteoperations.h"
 #include "paletteview.h"
 
 #include <QAction>
@@ -18,6 +19,9 @@
 #include <QCheckBox>
 #include <QSettings>
 #include <QUrl>
+
+#include <new>
+#include <sys/stat.h>
 
 class TestDocumentWindow : public QObject
 {
@@ -37,6 +41,7 @@ private slots:
     void selectionFiles();
     void saveMessages();
     void unbuiltCommandSaysSo();
+    void failuresSayWhy();
     void droppedFilesOpen();
 
 private:
@@ -318,6 +323,45 @@ void TestDocumentWindow::droppedFilesOpen()
     QCOMPARE(w.document().palette().size(), 2);
     QCOMPARE(w.document().imageMode(), 2);
     QCOMPARE(shownPixel(w, 0, 0), qRgb(255, 0, 0));
+}
+
+// Running out of memory in a command and saving onto a pipe: a message in words, the document as
+// it was, and the pipe still a pipe.
+void TestDocumentWindow::failuresSayWhy()
+{
+    PaletteOperations::registerOperation(
+        "test_out_of_memory",
+        {[](const Palette<uint> &, const std::set<int> &, const SettingsText::Pairs &) -> Palette<uint> {
+             throw std::bad_alloc();
+         },
+         false});
+    const QString macro = path("oom.cxm");
+    {
+        QFile f(macro);
+        QVERIFY(f.open(QIODevice::WriteOnly));
+        f.write("chromaxis-macro 1\n%step palette_invert_order\n%step test_out_of_memory\n");
+    }
+    ChromaxisMainWindow w(&m_db);
+    const Palette<uint> before = w.document().palette();
+    SeenBox seen;
+    answerNextBox(seen, QMessageBox::Ok);
+    QVERIFY(!w.playMacroFile(macro));
+    QCOMPARE(seen.title, QString("Out of memory"));
+    QCOMPARE(seen.text, QString("There is not enough memory to carry out the command."));
+    QVERIFY(w.document().palette() != before); // the step before it stays played
+    QVERIFY(w.document().undo());
+    QVERIFY(w.document().palette() == before);
+
+    const QString pipe = path("pipe.gpl");
+    QCOMPARE(mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+    answerNextBox(seen, QMessageBox::Ok);
+    QVERIFY(!w.savePaletteFile(pipe));
+    QCOMPARE(seen.title, QString("Error on palette export"));
+    QCOMPARE(seen.text, QString("The destination file\n'%1'\ncould not be built.\nIt is not a regular file but a "
+                                "device, a pipe or a socket, which is never replaced.")
+                            .arg(pipe));
+    struct stat st;
+    QVERIFY(lstat(QFile::encodeName(pipe).constData(), &st) == 0 && S_ISFIFO(st.st_mode));
 }
 
 CHROMAXIS_GUI_TEST_MAIN(TestDocumentWindow)

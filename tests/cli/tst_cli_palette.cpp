@@ -232,7 +232,8 @@ void TestCliPalette::failures_data()
         << "Invalid selection: The selection names index 2000000000, but the palette has 3 entries.\n";
     QTest::newRow("text into a missing folder")
         << QStringList{"text", "@fire.gpl", "@no/such/dir/out.txt"}
-        << "Could not save: Unable to save palette under\n@no/such/dir/out.txt.\nCould not open file.\n";
+        << "Could not save: Unable to save palette under\n@no/such/dir/out.txt.\nCould not open file.\nNo such file "
+           "or directory\n";
 }
 
 void TestCliPalette::failures()

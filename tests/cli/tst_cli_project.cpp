@@ -321,7 +321,7 @@ void TestCliProject::failures_data()
     QTest::newRow("unwritable output")
         << QStringList{"project", "create", "@no/dir/x.cxw"} << 1
         << "Could not save: Cannot save project x.cxw.\nCould not open the file for "
-           "writing.\n";
+           "writing.\nNo such file or directory\n";
     QTest::newRow("create needs .cxw") << QStringList{"project", "create", "@x.gpl"} << 2 << "";
     QTest::newRow("malformed selection")
         << QStringList{"project", "create", "@x.cxw", "--select", "3-1"} << 2 << "";

@@ -56,7 +56,7 @@ const Definition &require(const QString &key)
     if (const Definition *d = find(key))
         return *d;
     throw DescribedException(errorTitle, QStringLiteral("Unknown option '%1'.\nKnown options: %2.")
-                                             .arg(key, ExportOptions::keys().join(QStringLiteral(", "))));
+                                             .arg(elidedValue(key), ExportOptions::keys().join(QStringLiteral(", "))));
 }
 
 // Whole numbers in plain decimal only: no blanks, no hexadecimal, no exponent.
@@ -88,7 +88,7 @@ void check(const Definition &d, const QString &value)
     if (!ok)
         throw DescribedException(errorTitle, QStringLiteral("'%1' is not a valid value for the option '%2'.\n"
                                                             "Allowed: %3.")
-                                                 .arg(value, QLatin1String(d.key), QLatin1String(d.help)));
+                                                 .arg(elidedValue(value), QLatin1String(d.key), QLatin1String(d.help)));
 }
 
 } // namespace
@@ -117,7 +117,7 @@ void ExportOptions::setFromText(const QString &assignment)
     const int eq = assignment.indexOf(QLatin1Char('='));
     if (eq < 0)
         throw DescribedException(errorTitle,
-                                 QStringLiteral("'%1' is not of the form KEY=VALUE.").arg(assignment));
+                                 QStringLiteral("'%1' is not of the form KEY=VALUE.").arg(elidedValue(assignment)));
     set(assignment.left(eq), assignment.mid(eq + 1));
 }
 
@@ -157,7 +157,7 @@ int ExportOptions::integer(const QString &key) const
     int n = 0;
     if (!parseInteger(value, n))
         throw DescribedException(
-            errorTitle, QStringLiteral("'%1' is not a valid value for the option '%2'.").arg(value, key));
+            errorTitle, QStringLiteral("'%1' is not a valid value for the option '%2'.").arg(elidedValue(value), key));
     return n;
 }
 

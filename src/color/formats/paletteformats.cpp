@@ -336,10 +336,15 @@ void exportPalette(const QString &path, const Palette<uint> &palette, int format
     // Everything that can fail before the destination is opened does so here, so a refused export
     // never touches an existing file.
     const QByteArray bytes = paletteBytes(format, palette, path, options);
-    const QString notBuilt =
-        QStringLiteral("The destination file\n'") + path + QStringLiteral("'\ncould not be built.");
-    if (!writeFileAtomically(path, bytes).ok())
-        failExport(notBuilt);
+    const FileWriteResult written = writeFileAtomically(path, bytes);
+    if (written.stage == FileWriteResult::NotOpened)
+        failExport(QStringLiteral("The destination file\n'") + path + QStringLiteral("'\ncould not be built.\n") +
+                   written.error);
+    // The file was there to write, and the disk or the commit failed: the old file is kept.
+    if (!written.ok())
+        throw DescribedException(QStringLiteral("Could not save"),
+                                 QStringLiteral("Unable to save palette under\n") + path + QStringLiteral(".\n") +
+                                     written.error);
 }
 
 void recordPaletteFileName(Palette<uint> &palette, const QString &path)

@@ -15,19 +15,26 @@ struct FileWriteResult
     {
         Written,     // the file holds the new contents
         NotOpened,   // the file could not be created: no such folder, a folder or device there, ...
-        NotWritten,  // a write was refused or short, or the writer gave up
+        NotWritten,  // a write was refused or short: a full disk, a file size limit, an I/O error
+        NotProduced, // the writer gave up while every write went through; it knows why
         NotCommitted // the written file could not replace the old one
     };
     Stage stage = Written;
-    QString error; // the system's reason, for a log; empty on success
+    // Why it failed, in words a message can end with ("No space left on device"); empty on success.
+    QString error;
 
     bool ok() const { return stage == Written; }
 };
 
+// The one name written in place rather than replaced: the process's standard output, whatever it
+// is (a terminal, a pipe, a file the shell opened).
+extern const QString standardOutputPath; // "/dev/stdout"
+
 // Writes a file so that it is replaced whole or not at all (through QSaveFile). Every write is
-// checked: a write the file does not take whole fails the file even where the writer ignores the
-// count, as QTextStream does. Only regular files are written; an existing device or pipe at path
-// is refused rather than replaced by a file.
+// checked, and so are the final flush and the commit: a write the file does not take whole fails
+// the file even where the writer ignores the count, as QTextStream does. Only regular files are
+// replaced; a folder, device node, pipe or socket at path is refused with a reason, never
+// replaced by a file. standardOutputPath is written in place, with every write checked as well.
 [[nodiscard]] FileWriteResult writeFileAtomically(const QString &path, const QByteArray &bytes);
 
 // The streaming form: writer gets a device positioned at the start of the new file and returns

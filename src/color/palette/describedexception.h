@@ -23,3 +23,18 @@ private:
     QString m_message;
     QByteArray m_what;
 };
+
+// What a command that ran out of memory reports, in words rather than as "std::bad_alloc".
+inline DescribedException outOfMemoryFailure()
+{
+    return DescribedException(QStringLiteral("Out of memory"),
+                              QStringLiteral("There is not enough memory to carry out the command."));
+}
+
+// A value as a message quotes it: a message names what it refuses, it need not repeat a hostile
+// megabyte of it. Longer values keep their first characters and end in "...".
+inline QString elidedValue(const QString &value)
+{
+    constexpr int shown = 80;
+    return value.size() > shown ? value.left(shown) + QStringLiteral("...") : value;
+}

@@ -156,7 +156,7 @@ Result apply(const QString &name, const DocumentImage &image, const Palette<uint
 {
     if (!exists(name))
         throw DescribedException(QStringLiteral("Unknown conversion"),
-                                 QStringLiteral("There is no image conversion named '%1'.").arg(name));
+                                 QStringLiteral("There is no image conversion named '%1'.").arg(elidedValue(name)));
     if (image.isNull())
         throw DescribedException(QStringLiteral("Convert image"),
                                  QStringLiteral("There is no image to convert."));

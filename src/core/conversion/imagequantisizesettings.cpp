@@ -41,9 +41,9 @@ ImageQuantisizeSettings ImageQuantisizeSettings::fromPairs(const SettingsText::P
     return fromPairs(pairs, ImageQuantisizeSettings());
 }
 
-SettingsText::Pairs ImageQuantisizeSettings::toPairs() const
+SettingsText::Pairs ImageQuantisizeSettings::toPairs(bool extra) const
 {
-    return quantisizeFields().write(*this);
+    return quantisizeFields().write(*this, extra);
 }
 
 void ImageQuantisizeSettings::configure(ImageQuantisizer &engine, const Palette<uint> &given) const

@@ -31,8 +31,9 @@ struct ImageQuantisizeSettings
     static ImageQuantisizeSettings fromPairs(const SettingsText::Pairs &pairs,
                                              const ImageQuantisizeSettings &base);
     static ImageQuantisizeSettings fromPairs(const SettingsText::Pairs &pairs);
-    // The stored keys only.
-    SettingsText::Pairs toPairs() const;
+    // The stored keys only; with extra, "method" and "colors" follow them, as a macro step needs
+    // them to quantise alike.
+    SettingsText::Pairs toPairs(bool extra = false) const;
 
     // Sets the engine's palette source, format and dither method. given is what position 2
     // ("Current palette" or "Last palette") stands for.

@@ -2,6 +2,7 @@
 
 #include "operations/paletteoperations.h"
 #include "palette/describedexception.h"
+#include "palette/palettelimits.h"
 #include "formats/writefileatomically.h"
 #include "palette/standardpalettes.h"
 
@@ -24,6 +25,9 @@ ChromaxisDocument::PaletteOrigin ChromaxisDocument::originOf(const QString &oper
 
 void ChromaxisDocument::setPaletteState(const PaletteState &state, bool fromHistory)
 {
+    // The history only holds states that passed here.
+    if (!fromHistory)
+        PaletteLimits::checkLength(state.palette.size());
     dropPreview();
     if (!fromHistory)
         addHistoryStep(new ChromaxisUndoAction_PaletteChange(this, m_palette, state));
@@ -181,8 +185,10 @@ bool ChromaxisDocument::undo()
 {
     ChromaxisUndoAction *step = m_history.actionAt(m_history.position() - 1);
     const bool done = m_history.undo();
-    if (done && m_recording && step && step->macroBefore >= 0)
+    if (done && m_recording && step && step->macroBefore >= 0) {
+        step->macroRedo = m_macros.position();
         m_macros.setPosition(step->macroBefore);
+    }
     m_pendingMacroStep = nullptr;
     emit historyChanged();
     return done;
@@ -193,7 +199,7 @@ bool ChromaxisDocument::redo()
     ChromaxisUndoAction *step = m_history.actionAt(m_history.position());
     const bool done = m_history.redo();
     if (done && m_recording && step && step->macroAfter >= 0)
-        m_macros.setPosition(step->macroAfter);
+        m_macros.setPosition(qMax(step->macroAfter, step->macroRedo));
     m_pendingMacroStep = nullptr;
     emit historyChanged();
     return done;
@@ -203,6 +209,20 @@ void ChromaxisDocument::recordMacroStep(const QString &name, const QString &para
 {
     if (!m_recording)
         return;
+    if (!m_pendingMacroStep && m_history.canRedo() && m_macros.position() < m_macros.count() &&
+        name != QLatin1String("undo") && name != QLatin1String("redo")) {
+        // A command without a history step of its own (a copy, a zoom) after an undo: the history
+        // can still redo the undone commands, so their steps stay in the macro, after this one.
+        const int at = m_macros.position();
+        m_macros.insertAtPosition(new ChromaxisMacroAction(name, parameters));
+        for (int i = m_history.position(); i < m_history.count(); ++i) {
+            ChromaxisUndoAction *later = m_history.actionAt(i);
+            for (int *index : {&later->macroBefore, &later->macroAfter, &later->macroRedo})
+                if (*index >= at)
+                    ++*index;
+        }
+        return;
+    }
     m_macros.addMacroAction(new ChromaxisMacroAction(name, parameters));
     if (m_pendingMacroStep) {
         m_pendingMacroStep->macroAfter = m_macros.position();
@@ -271,6 +291,11 @@ std::set<int> readSelectionFile(const QString &path)
                     QStringLiteral("Could not parse file '%1'.\nA non-integer value occured.").arg(path));
             if (v >= 0) // a negative index names no entry
                 selection.insert(v);
+            if (selection.size() > size_t(PaletteLimits::maximumSelection))
+                throw DescribedException(QStringLiteral("Could not load"),
+                                         QStringLiteral("The selection in '%1' names more than %2 entries.")
+                                             .arg(path)
+                                             .arg(PaletteLimits::maximumSelection));
         }
     }
     return selection;
@@ -281,7 +306,11 @@ void writeSelectionFile(const QString &path, const std::set<int> &selection)
     QByteArray text;
     for (int i : selection)
         text += QByteArray::number(i) + '\n';
-    if (!writeFileAtomically(path, text).ok())
+    const FileWriteResult written = writeFileAtomically(path, text);
+    if (written.stage == FileWriteResult::NotOpened)
         throw DescribedException(QStringLiteral("Could not save"),
-                                 QStringLiteral("Could not open file '%1'.").arg(path));
+                                 QStringLiteral("Could not open file '%1'.\n%2").arg(path, written.error));
+    if (!written.ok())
+        throw DescribedException(QStringLiteral("Could not save"),
+                                 QStringLiteral("Could not write file '%1'.\n%2").arg(path, written.error));
 }

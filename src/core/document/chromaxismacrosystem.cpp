@@ -43,6 +43,12 @@ void ChromaxisMacroSystem::addMacroAction(ChromaxisMacroAction *action)
     qCDebug(macroLog) << "addUndoAction3:" << m_position << m_actions.size();
 }
 
+void ChromaxisMacroSystem::insertAtPosition(ChromaxisMacroAction *action)
+{
+    m_actions.insert(m_actions.begin() + m_position, action);
+    ++m_position;
+}
+
 bool ChromaxisMacroSystem::undo()
 {
     qCDebug(macroLog) << "undo1:" << m_position << m_actions.size();
@@ -135,9 +141,14 @@ std::vector<Step> decode(const QByteArray &text, const QString &path)
 
 void write(const QString &path, const std::vector<Step> &steps)
 {
-    if (!writeFileAtomically(path, encode(steps)).ok())
+    const FileWriteResult written = writeFileAtomically(path, encode(steps));
+    if (written.stage == FileWriteResult::NotOpened)
         throw DescribedException(QStringLiteral("Error on writing macro"),
-                                 QStringLiteral("The destination file\n'%1'\ncould not be built.").arg(path));
+                                 QStringLiteral("The destination file\n'%1'\ncould not be built.\n%2")
+                                     .arg(path, written.error));
+    if (!written.ok())
+        throw DescribedException(QStringLiteral("Could not save"),
+                                 QStringLiteral("Unable to save macro under\n%1.\n%2").arg(path, written.error));
 }
 
 std::vector<Step> read(const QString &path)

@@ -38,6 +38,9 @@ public:
 
     // Takes ownership.
     void addMacroAction(ChromaxisMacroAction *action);
+    // Takes ownership: the action goes in at the position and the steps after it stay, one
+    // place later. For a command that leaves the undone steps redoable.
+    void insertAtPosition(ChromaxisMacroAction *action);
     virtual bool undo();
     virtual bool redo();
     void clear();

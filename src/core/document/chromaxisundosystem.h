@@ -23,6 +23,9 @@ public:
     // step was made while nothing was recorded.
     int macroBefore = -1;
     int macroAfter = -1;
+    // Where the recorder stood when the step was last undone: commands recorded after this
+    // step's own command without a step of their own (a copy after an edit) come back with it.
+    int macroRedo = -1;
 
 protected:
     ChromaxisDocument *m_document = nullptr; // not owned

@@ -13,6 +13,7 @@
 #include "operations/selectionlist.h"
 #include "operations/selectionpattern.h"
 #include "palette/describedexception.h"
+#include "palette/palettelimits.h"
 #include "palette/standardpalettes.h"
 #include "storage/documentimageio.h"
 #include "storage/palettedatabase.h"
@@ -28,11 +29,12 @@ QString tr(const char *text)
     return QCoreApplication::translate("DocumentCommands", text);
 }
 
-// A palette operation acts on the whole palette when nothing is selected; its step says so by
-// carrying no selection at all.
+// A palette operation acts on the whole palette when nothing is selected; its step says so with
+// an empty selection line. A step without one would act on whatever the replaying document has
+// selected, which an undo (of a paste that cleared the selection, say) can leave different.
 QString operationSelection(const std::set<int> &selection)
 {
-    return selection.empty() ? QString() : SelectionList::parameterLine(selection);
+    return SelectionList::parameterLine(selection);
 }
 
 QString colorText(const RGBAColor<uint> &c)
@@ -139,6 +141,7 @@ bool DocumentCommands::loadingPaletteDiscardsImage() const
 void DocumentCommands::loadPalette(const QString &path)
 {
     const Palette<uint> palette = openPaletteFile(path);
+    PaletteLimits::checkLength(palette.size()); // before the image is closed
     const bool discardImage = loadingPaletteDiscardsImage();
     if (discardImage) {
         m_document.beginGroup();
@@ -173,10 +176,12 @@ void DocumentCommands::exportPaletteText(const QString &path, const PaletteTextE
         stream.flush();
         return stream.status() == QTextStream::Ok;
     });
-    const bool ok = written.ok();
-    if (!ok)
+    if (written.stage == FileWriteResult::NotOpened)
+        throw DescribedException(tr("Could not save"), tr("Unable to save palette under\n%1.\nCould not open file.\n%2")
+                                                           .arg(path, written.error));
+    if (!written.ok())
         throw DescribedException(tr("Could not save"),
-                                 tr("Unable to save palette under\n%1.\nCould not open file.").arg(path));
+                                 tr("Unable to save palette under\n%1.\n%2").arg(path, written.error));
     record(QStringLiteral("export_palette_text"), QStringLiteral("filename:%1\n").arg(path));
 }
 
@@ -185,7 +190,7 @@ void DocumentCommands::takeBuiltin(const QString &name)
     const auto palette = m_builtins ? m_builtins->lookup(name) : std::nullopt;
     if (!palette)
         throw DescribedException(tr("Palette database"),
-                                 tr("There is no palette named '%1' in the database.").arg(name));
+                                 tr("There is no palette named '%1' in the database.").arg(elidedValue(name)));
     PaletteState state = m_document.paletteState();
     state.palette = *palette;
     state.palette.setProperty(PaletteName, name);
@@ -220,6 +225,7 @@ void DocumentCommands::installPalette(const Palette<uint> &palette, const QStrin
 
 bool DocumentCommands::setPaletteSize(int size)
 {
+    PaletteLimits::checkLength(size);
     const PaletteViewSettings &s = m_document.paletteViewSettings();
     if (size < 0 || size > s.maximumSize || s.fixedSize)
         return false;
@@ -236,6 +242,9 @@ void DocumentCommands::setMaximumPaletteSize(int size)
 {
     if (size <= 0)
         throw DescribedException(tr("Invalid settings"), tr("The maximum palette size must be a positive number."));
+    if (size > PaletteLimits::maximumLength)
+        throw DescribedException(tr("Invalid settings"), tr("The maximum palette size can be at most %1 entries.")
+                                                             .arg(PaletteLimits::maximumLength));
     PaletteViewSettings s = m_document.paletteViewSettings();
     if (m_document.hasImage() && size < s.maximumSize)
         throw DescribedException(tr("Image conflict"),
@@ -342,6 +351,7 @@ void DocumentCommands::selectPattern(const SettingsText::Pairs &settings)
 // goes first so that only the new image is rendered through it.
 void DocumentCommands::replaceImageAndPalette(const DocumentImage &image, const Palette<uint> &palette)
 {
+    PaletteLimits::checkLength(palette.size()); // a refusal inside the group would leave it open
     m_document.beginGroup();
     if (palette != m_document.palette())
         m_document.setPalette(palette);
@@ -385,7 +395,8 @@ QStringList DocumentCommands::quantiseImage(const ImageQuantisizeSettings &setti
     const DocumentImage image = quantisizer.apply(
         m_document.image(), ImageQuantisizer::imageColors(m_document.image(), m_document.palette()), m_document.palette());
     replaceImageAndPalette(image, quantisizer.destinationPalette());
-    record(QStringLiteral("image_quantisize"), SettingsText::formatLines(settings.toPairs()));
+    // The quantised source's method and size are no stored settings, but a replay needs them.
+    record(QStringLiteral("image_quantisize"), SettingsText::formatLines(settings.toPairs(true)));
     return quantisizer.missingPalettes();
 }
 

@@ -20,7 +20,8 @@ class PaletteDatabase;
 // what the user chose and call them, the macro player maps each step name to one of them, and
 // the command line runs them on a document without a window. A command changes the document
 // (one history step, grouped where it changes palette and image together), then records its
-// macro step. Failures throw DescribedException before anything has changed.
+// macro step. Failures throw DescribedException before anything has changed; so does every
+// command that would give the document a palette longer than PaletteLimits::maximumLength.
 class DocumentCommands
 {
 public:
@@ -65,7 +66,8 @@ public:
     // The result of a palette dialog, recorded under the dialog's step with its settings text and
     // the document's selection.
     void installPalette(const Palette<uint> &palette, const QString &step, const QString &settingsText);
-    // False when the size is fixed or out of range: the palette stays as it is.
+    // False when the size is fixed or out of the window's range: the palette stays as it is. A size
+    // past PaletteLimits::maximumLength is refused with PaletteLimits::tooLong, whatever the range.
     bool setPaletteSize(int size);
     void setMaximumPaletteSize(int size);
     void setFixedPaletteSize(bool fixed);

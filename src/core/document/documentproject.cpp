@@ -1,6 +1,7 @@
 #include "document/documentproject.h"
 
 #include "document/chromaxisdocument.h"
+#include "palette/palettelimits.h"
 
 namespace DocumentProject {
 
@@ -26,6 +27,8 @@ ProjectData capture(const ChromaxisDocument &document)
 
 void install(ChromaxisDocument &document, const ProjectData &data)
 {
+    // Refused before the image goes in, so that a refused project changes nothing.
+    PaletteLimits::checkLength(data.palette.size());
     ImageState image{data.image, data.imageFileName, data.imageModified};
     document.setImageState(image, true);
     PaletteState palette;

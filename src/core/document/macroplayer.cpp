@@ -16,7 +16,7 @@ QString required(const MacroPlayer::Parameters &p, const QString &key, const QSt
     const auto it = p.find(key);
     if (it == p.end())
         throw DescribedException(QStringLiteral("Error on playing macro"),
-                                 QStringLiteral("The step '%1' lacks its parameter '%2'.").arg(step, key));
+                                 QStringLiteral("The step '%1' lacks its parameter '%2'.").arg(elidedValue(step), key));
     return it->second;
 }
 
@@ -42,7 +42,8 @@ RGBAColor<uint> colorFromText(const QString &text, const QString &step)
         c[i] = parts[i].trimmed().toUInt(&ok);
     if (!ok)
         throw DescribedException(QStringLiteral("Error on playing macro"),
-                                 QStringLiteral("The step '%1' has a colour that cannot be read: '%2'.").arg(step, text));
+                                 QStringLiteral("The step '%1' has a colour that cannot be read: '%2'.")
+                                     .arg(step, elidedValue(text)));
     return {c[0], c[1], c[2], c[3]};
 }
 
@@ -177,6 +178,26 @@ MacroPlayer::Report MacroPlayer::play(ChromaxisDocument &document, const std::ve
         ++report.played;
     }
     return report;
+}
+
+QString MacroPlayer::Report::skippedText() const
+{
+    constexpr int shown = 10;
+    QStringList names;
+    int more = 0;
+    for (const QString &name : skipped) {
+        const QString elided = elidedValue(name);
+        if (names.contains(elided))
+            continue;
+        if (names.size() < shown)
+            names << elided;
+        else
+            ++more;
+    }
+    QString text = names.join(QStringLiteral(", "));
+    if (more > 0)
+        text += QStringLiteral(" and %1 more").arg(more);
+    return text;
 }
 
 MacroPlayer::Parameters MacroPlayer::parseParameters(const QString &text)

@@ -30,6 +30,9 @@ public:
     {
         int played = 0;
         QStringList skipped; // step names, in order
+        // The skipped names for a message: each distinct name once, each cut short, the first
+        // few of them and how many more there were.
+        QString skippedText() const;
     };
 
     // builtins is the collection the "from DB" steps and the conversions look palettes up in.

@@ -1,5 +1,7 @@
 #include "operations/paletteedits.h"
 
+#include "palette/palettelimits.h"
+
 #include <algorithm>
 
 namespace PaletteEdits {
@@ -31,18 +33,22 @@ void paste(Palette<uint> &palette, const std::set<int> &selection, const Colours
     if (colours.empty())
         return;
     const int oldLength = palette.size();
-    const size_t limit = size_t(qMax(0, limitIn));
+    // Whatever the window's maximum says, no palette grows past the hard limit.
+    const size_t limit = size_t(qBound(0, limitIn, PaletteLimits::maximumLength));
     const Colours &old = palette.entries();
     Colours out;
     if (selection.empty()) {
+        if (!single && fixedSize)
+            return; // the whole list would be appended past the end and trimmed away again
+        // A pasted palette without a selection is appended whole, without the window's limit; a
+        // paste that would pass the hard limit is refused before it allocates anything.
+        if (!single)
+            PaletteLimits::checkLength(qint64(old.size()) + qint64(colours.size()));
         out = old;
-        if (single) {
-            if (out.size() < limit)
-                out.push_back(colours.front());
-        } else {
-            // A pasted palette without a selection is appended whole; a fixed size trims it below.
+        if (!single)
             out.insert(out.end(), colours.begin(), colours.end());
-        }
+        else if (out.size() < limit)
+            out.push_back(colours.front());
     } else {
         for (int i = 0; i < oldLength && out.size() < limit; ++i) {
             const bool selected = selection.count(i) > 0;

@@ -19,7 +19,9 @@ void removeSelected(Palette<uint> &palette, const std::set<int> &selection, bool
 void fillSelected(Palette<uint> &palette, const std::set<int> &selection, const RGBAColor<uint> &fill);
 // Paste. A single colour goes in after each selected entry (appended when nothing is selected
 // and there is room); a list takes each selected entry's place (appended whole when nothing is
-// selected). The new list stops at limit; a fixed size then restores the old length.
+// selected). The new list stops at limit, and never passes PaletteLimits::maximumLength; a fixed
+// size then restores the old length. A list appended past the hard limit throws
+// PaletteLimits::tooLong and leaves the palette as it was.
 void paste(Palette<uint> &palette, const std::set<int> &selection, const Colours &colours, bool single, int limit,
            bool fixedSize, const RGBAColor<uint> &fill);
 // Replace: the selected entries in index order take the colours in order, starting over when

@@ -113,7 +113,7 @@ Palette<uint> apply(const QString &name, const Palette<uint> &palette, const std
     const auto it = registry().find(name);
     if (it == registry().end())
         throw DescribedException(QStringLiteral("Unknown operation"),
-                                 QStringLiteral("There is no palette operation named '%1'.").arg(name));
+                                 QStringLiteral("There is no palette operation named '%1'.").arg(elidedValue(name)));
     return it->second.function(palette, selection, settings);
 }
 

@@ -16,9 +16,7 @@ namespace {
 // A message quotes the list it refuses; a list long enough to be an attack is cut short there.
 QString quoted(const QString &text)
 {
-    const int shown = 40;
-    return QLatin1Char('\'') + (text.size() > shown ? text.left(shown) + QStringLiteral("...") : text) +
-           QLatin1Char('\'');
+    return QLatin1Char('\'') + elidedValue(text) + QLatin1Char('\'');
 }
 
 [[noreturn]] void refuse(const QString &message)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "palette/palettelimits.h"
+
 #include <QString>
 
 #include <set>
@@ -14,9 +16,9 @@
 // short text cannot make the reader allocate more than maximumCount indexes.
 namespace SelectionList {
 
-// The most indexes one selection may hold; far above the largest palette the window lets a palette
-// grow to, and small enough that a hostile macro line costs little memory.
-constexpr int maximumCount = 1 << 20;
+// The most indexes one selection may hold: as many as the largest palette a document may hold, and
+// small enough that a hostile macro line costs little memory.
+constexpr int maximumCount = PaletteLimits::maximumSelection;
 
 struct Range
 {

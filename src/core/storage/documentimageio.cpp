@@ -42,6 +42,31 @@ DocumentImage load(const QString &path)
     return DocumentImage::fromPicture(picture);
 }
 
+void savePicture(const QString &path, const QImage &picture, const QSize &size, const QByteArray &format)
+{
+    const QString name = QFileInfo(path).fileName();
+    const auto fail = [&name](const QString &reason) {
+        throw DescribedException(QStringLiteral("Could not save"),
+                                 QStringLiteral("Unable to save %1.\n%2").arg(name, reason));
+    };
+    // A picture too large for memory comes out null; that, not the file, is what failed.
+    if (picture.isNull())
+        fail(QStringLiteral("The picture of %1 x %2 pixels could not be built: there is not enough memory for it.")
+                 .arg(size.width())
+                 .arg(size.height()));
+    QString writerError;
+    const FileWriteResult written = writeFileAtomically(path, [&](QIODevice &device) {
+        QImageWriter writer(&device, format);
+        if (writer.write(picture))
+            return true;
+        writerError = writer.errorString();
+        return false;
+    });
+    // When a write failed, the file's reason is the real one; the image writer only saw it fail.
+    if (!written.ok())
+        fail(written.stage == FileWriteResult::NotProduced ? writerError : written.error);
+}
+
 void save(const QString &path, const DocumentImage &image)
 {
     const QString name = QFileInfo(path).fileName();
@@ -55,13 +80,7 @@ void save(const QString &path, const DocumentImage &image)
     if (image.mode() == DocumentImage::RGB && suffix == QLatin1String("gif"))
         throw DescribedException(QStringLiteral("Could not save"),
                                  QStringLiteral("Unable to save RGB image as .gif."));
-
-    const FileWriteResult written = writeFileAtomically(path, [&](QIODevice &device) {
-        QImageWriter writer(&device, suffix.toLatin1());
-        return writer.write(image.picture());
-    });
-    if (!written.ok())
-        throw DescribedException(QStringLiteral("Could not save"), QStringLiteral("Unable to save %1.").arg(name));
+    savePicture(path, image.picture(), QSize(image.width(), image.height()), suffix.toLatin1());
 }
 
 QStringList openFilters()

@@ -2,6 +2,9 @@
 
 #include "document/documentimage.h"
 
+#include <QByteArray>
+#include <QImage>
+#include <QSize>
 #include <QString>
 #include <QStringList>
 
@@ -16,6 +19,11 @@ DocumentImage load(const QString &path);
 // Writes image to path through QSaveFile: NumPy files keep the cells; other formats get the
 // picture (indexed where the image is mode 2). Throws DescribedException titled "Could not save".
 void save(const QString &path, const DocumentImage &image);
+
+// Writes picture in format (a writer's name such as "png") through QSaveFile. A failure says why:
+// a null picture is one that could not be built at size (it names the size), then the image
+// writer's reason, then the file's ("No space left on device").
+void savePicture(const QString &path, const QImage &picture, const QSize &size, const QByteArray &format);
 
 // The open and save dialogs' filters: every readable / writable format, then NumPy, then all files.
 QStringList openFilters();

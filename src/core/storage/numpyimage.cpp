@@ -507,9 +507,10 @@ void NumpyImage::write(const DocumentImage &image, const QString &path, Compress
         path.endsWith(QLatin1String(".npz"), Qt::CaseInsensitive) ? toNpz(image, compression) : toNpy(image);
     const FileWriteResult written = writeFileAtomically(path, bytes);
     if (written.stage == FileWriteResult::NotOpened)
-        failWrite(QStringLiteral("Could not open file '%1' for writing.").arg(path));
+        failWrite(QStringLiteral("Could not open file '%1' for writing.\n%2").arg(path, written.error));
     if (!written.ok())
-        failWrite(QStringLiteral("Could not write file '%1'.").arg(path));
+        throw DescribedException(QStringLiteral("Could not save"),
+                                 QStringLiteral("Could not write file '%1'.\n%2").arg(path, written.error));
 }
 
 bool NumpyImage::isNumpyFileName(const QString &path)

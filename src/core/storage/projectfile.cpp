@@ -494,11 +494,12 @@ void ProjectFile::write(const QString &path, const ProjectData &data)
     const FileWriteResult written = writeFileAtomically(path, packed);
     if (written.stage == FileWriteResult::NotOpened)
         throw DescribedException(
-            saveTitle(),
-            QStringLiteral("Cannot save project %1.\nCould not open the file for writing.").arg(name));
+            saveTitle(), QStringLiteral("Cannot save project %1.\nCould not open the file for writing.\n%2")
+                             .arg(name, written.error));
     if (!written.ok())
-        throw DescribedException(
-            saveTitle(), QStringLiteral("Cannot save project %1.\nCould not write the file.").arg(name));
+        throw DescribedException(saveTitle(),
+                                 QStringLiteral("Cannot save project %1.\nCould not write the file.\n%2")
+                                     .arg(name, written.error));
 }
 
 ProjectData ProjectFile::read(const QString &path)

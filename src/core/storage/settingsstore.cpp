@@ -188,6 +188,8 @@ SettingsText::Pairs SettingsStore::readFile(const QString &path) const
 
 void SettingsStore::writeFile(const QString &path, const QString &lines) const
 {
-    if (!writeFileAtomically(path, SettingsText::format(m_dialog, lines).toUtf8()).ok())
-        throw DescribedException(QStringLiteral("Could not save"), QStringLiteral("Cannot save %1.").arg(path));
+    const FileWriteResult written = writeFileAtomically(path, SettingsText::format(m_dialog, lines).toUtf8());
+    if (!written.ok())
+        throw DescribedException(QStringLiteral("Could not save"),
+                                 QStringLiteral("Cannot save %1.\n%2").arg(path, written.error));
 }

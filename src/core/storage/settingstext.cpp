@@ -43,7 +43,7 @@ SettingsText::Pairs SettingsText::parse(const QString &text, const QString &expe
     if (name != expectedName)
         throw DescribedException(
             QStringLiteral("Invalid settings"),
-            QStringLiteral("These settings belong to \"%1\", not to \"%2\".").arg(name, expectedName));
+            QStringLiteral("These settings belong to \"%1\", not to \"%2\".").arg(elidedValue(name), expectedName));
 
     Pairs pairs;
     while (pos < text.size()) {

@@ -11,7 +11,7 @@ void invalid(const QString &key, const QString &value, const QString &expected)
 {
     throw DescribedException(
         QStringLiteral("Invalid settings"),
-        QStringLiteral("The value \"%1\" of \"%2\" is not %3.").arg(value, key, expected));
+        QStringLiteral("The value \"%1\" of \"%2\" is not %3.").arg(elidedValue(value), elidedValue(key), expected));
 }
 
 int integer(const QString &key, const QString &value)

@@ -433,10 +433,11 @@ void TestPaletteFormatErrors::failedExportKeepsFile_data()
                               << "The format to export into is not known or supported.";
     // Failures of the destination itself.
     QTest::newRow("destination is a directory") << 1 << 2 << QStringList{"@dir"} << exportTitle
-                                                << "The destination file\n'PATH'\ncould not be built.";
+                                                << "The destination file\n'PATH'\ncould not be built.\n"
+                                                   "It is a folder, not a file.";
     QTest::newRow("destination in a missing directory")
         << 1 << 2 << QStringList{"@missing"} << exportTitle
-        << "The destination file\n'PATH'\ncould not be built.";
+        << "The destination file\n'PATH'\ncould not be built.\nNo such file or directory";
 }
 
 void TestPaletteFormatErrors::failedExportKeepsFile()

@@ -13,7 +13,10 @@
 #include <memory>
 #include <stdexcept>
 #include <sys/resource.h>
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
+#include <unistd.h>
 
 Q_DECLARE_METATYPE(FileWriteResult::Stage)
 
@@ -119,6 +122,7 @@ private slots:
     void fails_data();
     void fails();
     void writerThrows();
+    void standardOutputInPlace();
 };
 
 void TestWriteFileAtomically::writes_data()
@@ -162,36 +166,45 @@ void TestWriteFileAtomically::fails_data()
     QTest::addColumn<int>("sizeLimit"); // 0: none
     QTest::addColumn<int>("size");
     QTest::addColumn<FileWriteResult::Stage>("stage");
+    QTest::addColumn<QString>("reason"); // empty: any reason at all
 
     const auto NotOpened = FileWriteResult::NotOpened;
     const auto NotWritten = FileWriteResult::NotWritten;
+    const auto NotProduced = FileWriteResult::NotProduced;
     const auto NotCommitted = FileWriteResult::NotCommitted;
+    const QString notRegular =
+        "It is not a regular file but a device, a pipe or a socket, which is never replaced.";
     QTest::newRow("no such folder") << "none/out.txt"
-                                    << "" << int(Bytes) << 0 << 10 << NotOpened;
+                                    << "" << int(Bytes) << 0 << 10 << NotOpened << "No such file or directory";
     QTest::newRow("folder in the way") << "out.txt"
-                                       << "folder" << int(Bytes) << 0 << 10 << NotOpened;
+                                       << "folder" << int(Bytes) << 0 << 10 << NotOpened
+                                       << "It is a folder, not a file.";
     QTest::newRow("pipe in the way") << "out.txt"
-                                     << "fifo" << int(Bytes) << 0 << 10 << NotOpened;
+                                     << "fifo" << int(Bytes) << 0 << 10 << NotOpened << notRegular;
+    QTest::newRow("device in the way") << "out.txt"
+                                       << "device" << int(Bytes) << 0 << 10 << NotOpened << notRegular;
     QTest::newRow("writer gives up") << "out.txt"
-                                     << "file" << int(GiveUp) << 0 << 10 << NotWritten;
+                                     << "file" << int(GiveUp) << 0 << 10 << NotProduced << "";
     QTest::newRow("writer gives up, no old file") << "out.txt"
-                                                  << "" << int(GiveUp) << 0 << 10 << NotWritten;
+                                                  << "" << int(GiveUp) << 0 << 10 << NotProduced << "";
     QTest::newRow("disk full in one big write") << "out.txt"
-                                                << "file" << int(Bytes) << 4096 << 100000 << NotWritten;
+                                                << "file" << int(Bytes) << 4096 << 100000 << NotWritten
+                                                << "File too large";
     QTest::newRow("disk full, new file") << "out.txt"
-                                         << "" << int(Bytes) << 4096 << 100000 << NotWritten;
+                                         << "" << int(Bytes) << 4096 << 100000 << NotWritten << "File too large";
     QTest::newRow("disk full under a text stream")
         << "out.txt"
-        << "file" << int(TextStream) << 4096 << 100000 << NotWritten;
+        << "file" << int(TextStream) << 4096 << 100000 << NotWritten << "File too large";
     // QTextStream drops the count of a short write; the file must fail all the same.
     QTest::newRow("disk full, count ignored")
         << "out.txt"
-        << "file" << int(TextStreamIgnoringCount) << 4096 << 100000 << NotWritten;
+        << "file" << int(TextStreamIgnoringCount) << 4096 << 100000 << NotWritten << "File too large";
     // Small writes wait in the file's buffer and meet the full disk only on the final flush.
     QTest::newRow("disk full at the end") << "out.txt"
-                                          << "file" << int(Bytes) << 4096 << 10000 << NotWritten;
+                                          << "file" << int(Bytes) << 4096 << 10000 << NotWritten
+                                          << "File too large";
     QTest::newRow("name taken meanwhile") << "out.txt"
-                                          << "" << int(TargetBecomesFolder) << 0 << 10 << NotCommitted;
+                                          << "" << int(TargetBecomesFolder) << 0 << 10 << NotCommitted << "";
 }
 
 void TestWriteFileAtomically::fails()
@@ -202,6 +215,7 @@ void TestWriteFileAtomically::fails()
     QFETCH(int, sizeLimit);
     QFETCH(int, size);
     QFETCH(FileWriteResult::Stage, stage);
+    QFETCH(QString, reason);
     QTemporaryDir dir;
     const QString path = dir.filePath(name);
     if (inTheWay == "file") {
@@ -211,6 +225,10 @@ void TestWriteFileAtomically::fails()
         QVERIFY(QDir().mkdir(path));
     } else if (inTheWay == "fifo") {
         QCOMPARE(mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+    } else if (inTheWay == "device") {
+        // A twin of /dev/full: run as root, a replaced file used to take its place.
+        if (mknod(QFile::encodeName(path).constData(), S_IFCHR | 0600, makedev(1, 7)) != 0)
+            QSKIP("a device node can be made only with the right to make one (root)");
     }
     const QStringList before =
         QDir(dir.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
@@ -223,6 +241,8 @@ void TestWriteFileAtomically::fails()
     QCOMPARE(result.stage, stage);
     QVERIFY(!result.ok());
     QVERIFY(!result.error.isEmpty());
+    if (!reason.isEmpty())
+        QCOMPARE(result.error, reason);
 
     // Nothing partial, nothing left over: the folder holds what it held.
     QStringList after = QDir(dir.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
@@ -238,6 +258,10 @@ void TestWriteFileAtomically::fails()
     if (inTheWay == "fifo") {
         struct stat st;
         QVERIFY(lstat(QFile::encodeName(path).constData(), &st) == 0 && S_ISFIFO(st.st_mode));
+    }
+    if (inTheWay == "device") {
+        struct stat st;
+        QVERIFY(lstat(QFile::encodeName(path).constData(), &st) == 0 && S_ISCHR(st.st_mode));
     }
 }
 
@@ -257,6 +281,46 @@ void TestWriteFileAtomically::writerThrows()
     QCOMPARE(readAll(path), oldContents);
     QCOMPARE(QDir(dir.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
              QStringList{"out.txt"});
+}
+
+// The standard output is written in place, wherever it points, with every write checked.
+void TestWriteFileAtomically::standardOutputInPlace()
+{
+    QTemporaryDir dir;
+    const QString path = dir.filePath("stdout.txt");
+    QFile f(path);
+    QVERIFY(f.open(QIODevice::WriteOnly) && f.write("kept:") == 5 && f.flush());
+    const int target = ::open(QFile::encodeName(path).constData(), O_WRONLY | O_APPEND);
+    const int full = ::open("/dev/full", O_WRONLY);
+    QVERIFY(target >= 0);
+    struct stat before;
+    QCOMPARE(fstat(target, &before), 0);
+
+    std::fflush(stdout);
+    const int saved = ::dup(STDOUT_FILENO);
+    ::dup2(target, STDOUT_FILENO);
+    const FileWriteResult seeking = write(SeekBack, standardOutputPath, pattern(70000));
+    const FileWriteResult givenUp = write(GiveUp, standardOutputPath, pattern(10));
+    FileWriteResult lost;
+    if (full >= 0) {
+        ::dup2(full, STDOUT_FILENO);
+        lost = writeFileAtomically(standardOutputPath, pattern(100));
+    }
+    ::dup2(saved, STDOUT_FILENO);
+    ::close(saved);
+    ::close(target);
+
+    QVERIFY2(seeking.ok(), qPrintable(seeking.error));
+    QCOMPARE(givenUp.stage, FileWriteResult::NotProduced);
+    QCOMPARE(readAll(path), QByteArray("kept:") + pattern(70000));
+    struct stat after;
+    QCOMPARE(stat(QFile::encodeName(path).constData(), &after), 0);
+    QCOMPARE(after.st_ino, before.st_ino);
+    if (full < 0)
+        QSKIP("this system has no /dev/full");
+    ::close(full);
+    QCOMPARE(lost.stage, FileWriteResult::NotWritten);
+    QCOMPARE(lost.error, QString("No space left on device"));
 }
 
 QTEST_GUILESS_MAIN(TestWriteFileAtomically)

@@ -61,6 +61,8 @@ private slots:
     void macroMirrorsHistory_data();
     void macroMirrorsHistory();
     void macroRecordingOff();
+    void macroKeepsCommandsWithoutStep_data();
+    void macroKeepsCommandsWithoutStep();
     void macroFileRoundTrip();
     void macroFileErrors_data();
     void macroFileErrors();
@@ -280,8 +282,8 @@ void TestHistory::macroRecordingOff()
     QCOMPARE(doc.macros().position(), 2);
     doc.undo();
     QCOMPARE(doc.macros().position(), 0);
-    doc.redo();
-    QCOMPARE(doc.macros().position(), 1);
+    doc.redo(); // the copy made after the command comes back with it
+    QCOMPARE(doc.macros().position(), 2);
     doc.redo();
     QCOMPARE(doc.macros().position(), 3);
     // A grouped command counts once.
@@ -295,6 +297,57 @@ void TestHistory::macroRecordingOff()
     doc.clearHistory();
     doc.recordMacroStep("zoom_in"); // nothing pending after a cleared history
     QCOMPARE(doc.macros().position(), 4);
+}
+
+// Commands that make no history step of their own (a copy, a zoom) around undos and redos: the
+// effective macro is what a replay needs to reach the state the user sees. In a script,
+// "edit NAME" changes the palette and records NAME, "view NAME" only records NAME.
+void TestHistory::macroKeepsCommandsWithoutStep_data()
+{
+    QTest::addColumn<QStringList>("script");
+    QTest::addColumn<QStringList>("effective");
+    QTest::newRow("a copy after an edit comes back with its redo")
+        << QStringList{"edit a", "view copy", "undo", "redo"} << QStringList{"a", "copy"};
+    QTest::newRow("undo everything, redo everything")
+        << QStringList{"edit a", "view copy", "edit b", "view zoom_in", "undo", "undo", "redo", "redo"}
+        << QStringList{"a", "copy", "b", "zoom_in"};
+    QTest::newRow("a copy after an undo keeps the redo")
+        << QStringList{"edit a", "undo", "view copy", "redo"} << QStringList{"copy", "a"};
+    QTest::newRow("a zoom between two undos")
+        << QStringList{"edit a", "edit b", "undo", "view zoom_in", "undo", "redo", "redo"}
+        << QStringList{"a", "zoom_in", "b"};
+    QTest::newRow("a new edit after the copy ends the redo")
+        << QStringList{"edit a", "undo", "view copy", "edit b", "nothing to redo"} << QStringList{"copy", "b"};
+    QTest::newRow("an undo takes a later copy out with the edit")
+        << QStringList{"edit a", "view copy", "undo"} << QStringList{};
+}
+
+void TestHistory::macroKeepsCommandsWithoutStep()
+{
+    QFETCH(QStringList, script);
+    QFETCH(QStringList, effective);
+    ChromaxisDocument doc;
+    doc.setRecording(true);
+    uint value = 1;
+    for (const QString &line : script) {
+        const QString name = line.section(' ', 1);
+        if (line.startsWith("edit ")) {
+            doc.setPalette(paletteOf({value++}));
+            doc.recordMacroStep(name);
+        } else if (line.startsWith("view ")) {
+            doc.recordMacroStep(name);
+        } else if (line == "undo") {
+            QVERIFY(doc.undo());
+        } else if (line == "redo") {
+            QVERIFY(doc.redo());
+        } else {
+            QVERIFY(!doc.redo());
+        }
+    }
+    QStringList names;
+    for (const ChromaxisMacroAction *a : doc.macros().effectiveSteps())
+        names << a->name();
+    QCOMPARE(names, effective);
 }
 
 void TestHistory::macroFileRoundTrip()

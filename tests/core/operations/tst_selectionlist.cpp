@@ -127,11 +127,13 @@ void TestSelectionList::refused_data()
         << "The selection '0-1048576' names 1048577 indexes; a selection holds at most 1048576.";
     QTest::newRow("many small ranges")
         << runs(1049, 1000) << noPalette
-        << "The selection '0-999,1000-1999,2000-2999,3000-3999,4000...' names 1049000 indexes; a selection "
+        << "The selection '0-999,1000-1999,2000-2999,3000-3999,4000-4999,5000-5999,6000-6999,7000-7999,8000...' "
+           "names 1049000 indexes; a selection "
            "holds at most 1048576.";
     QTest::newRow("many single indexes")
         << singles(SelectionList::maximumCount + 1) << noPalette
-        << "The selection '0,1,2,3,4,5,6,7,8,9,10,11,12,13,14,15,16...' names 1048577 indexes; a selection "
+        << "The selection '0,1,2,3,4,5,6,7,8,9,10,11,12,13,14,15,16,17,18,19,20,21,22,23,24,25,26,27,28,29,...' "
+           "names 1048577 indexes; a selection "
            "holds at most 1048576.";
     QTest::newRow("a percent sign is no marker")
         << "%1-%2" << noPalette << "The selection '%1-%2' is not an index list like 0,3,5-9.";

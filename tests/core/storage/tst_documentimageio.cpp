@@ -36,6 +36,7 @@ private slots:
     void savesAsTheWriterWrites();
     void failedSaveKeepsTheFile_data();
     void failedSaveKeepsTheFile();
+    void pictureThatCouldNotBeBuilt();
 };
 
 void TestDocumentImageIO::savesAsTheWriterWrites_data()
@@ -71,9 +72,9 @@ void TestDocumentImageIO::failedSaveKeepsTheFile_data()
     QTest::addColumn<QString>("name");
     QTest::addColumn<QString>("message");
     QTest::newRow("no such folder") << "none/out.png"
-                                    << "Unable to save out.png.";
+                                    << "Unable to save out.png.\nNo such file or directory";
     QTest::newRow("no writer for the suffix") << "old.nosuchformat"
-                                              << "Unable to save old.nosuchformat.";
+                                              << "Unable to save old.nosuchformat.\nUnsupported image format";
     QTest::newRow("RGB as GIF") << "old.gif"
                                 << "Unable to save RGB image as .gif.";
 }
@@ -100,6 +101,26 @@ void TestDocumentImageIO::failedSaveKeepsTheFile()
     if (QFile::exists(path))
         QCOMPARE(readAll(path), old);
     QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden).size(), QFile::exists(path) ? 1 : 0);
+}
+
+// A picture too large for memory comes out null; the message said "Unable to save out.png." as if
+// the file were to blame.
+void TestDocumentImageIO::pictureThatCouldNotBeBuilt()
+{
+    QTemporaryDir dir;
+    const QString path = dir.filePath("out.png");
+    QFile f(path);
+    QVERIFY(f.open(QIODevice::WriteOnly) && f.write("old") == 3);
+    f.close();
+    try {
+        DocumentImageIO::savePicture(path, QImage(), QSize(70000, 40000), "png");
+        QFAIL("no exception");
+    } catch (const DescribedException &e) {
+        QCOMPARE(e.title(), QString("Could not save"));
+        QCOMPARE(e.message(), QString("Unable to save out.png.\nThe picture of 70000 x 40000 pixels could not be "
+                                      "built: there is not enough memory for it."));
+    }
+    QCOMPARE(readAll(path), QByteArray("old"));
 }
 
 QTEST_GUILESS_MAIN(TestDocumentImageIO)

@@ -524,7 +524,8 @@ void TestProjectFile::failedWritesKeepTheOldFile()
         QFAIL("a project was written into a missing folder");
     } catch (const DescribedException &e) {
         QCOMPARE(e.title(), QString("Could not save"));
-        QCOMPARE(e.message(), QString("Cannot save project x.cxw.\nCould not open the file for writing."));
+        QCOMPARE(e.message(), QString("Cannot save project x.cxw.\nCould not open the file for writing.\n"
+                                              "No such file or directory"));
     }
 }
 
