@@ -341,7 +341,9 @@ DocumentImage readNpz(ZipMemberReader &zip, const QString &path)
     if (!zip.openMember(QStringLiteral(".npy")))
         failRead(QStringLiteral("The archive\n'%1'\nholds no NumPy array (no member named *.npy).").arg(path));
     MemberSource member(zip);
-    return readNpy(member, path + QLatin1Char('/') + zip.memberName());
+    DocumentImage image = readNpy(member, path + QLatin1Char('/') + zip.memberName());
+    zip.finishMember();
+    return image;
 }
 
 template <typename Read> DocumentImage guardMemory(const QString &path, Read read)

@@ -471,19 +471,21 @@ void ProjectFile::write(const QString &path, const ProjectData &data)
 
 ProjectData ProjectFile::read(const QString &path)
 {
-    const QString name = QFileInfo(path).fileName();
     QFile file(path);
     // A file that cannot be opened reads as empty.
     QBuffer empty;
-    QIODevice *device = &file;
-    if (!file.open(QIODevice::ReadOnly)) {
-        empty.open(QIODevice::ReadOnly);
-        device = &empty;
-    }
-    GzipInput input(*device, name, maxUncompressedSize);
+    if (file.open(QIODevice::ReadOnly))
+        return read(file, QFileInfo(path).fileName());
+    empty.open(QIODevice::ReadOnly);
+    return read(empty, QFileInfo(path).fileName());
+}
+
+ProjectData ProjectFile::read(QIODevice &device, const QString &fileName)
+{
+    GzipInput input(device, fileName, maxUncompressedSize);
     ProjectReader in(input);
-    return guardMemory(name, [&]() {
-        ProjectData data = decodeFrom(in, name);
+    return guardMemory(fileName, [&]() {
+        ProjectData data = decodeFrom(in, fileName);
         // What follows the selection is not read, but a damaged member is refused all the same.
         input.finish();
         return data;

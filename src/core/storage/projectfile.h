@@ -4,6 +4,7 @@
 #include "palette/palette.h"
 
 #include <QByteArray>
+#include <QIODevice>
 #include <QString>
 
 #include <set>
@@ -67,4 +68,6 @@ public:
     static void write(const QString &path, const ProjectData &data);
     // Reads and decodes path. A file that cannot be opened reads as empty and so fails at the magic.
     static ProjectData read(const QString &path);
+    // Reads a device opened for reading as it comes; fileName goes into the messages.
+    static ProjectData read(QIODevice &device, const QString &fileName);
 };

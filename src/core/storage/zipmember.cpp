@@ -183,6 +183,16 @@ qint64 ZipMemberReader::read(char *buffer, qint64 n)
     return total;
 }
 
+void ZipMemberReader::finishMember()
+{
+    const qint64 maxRemainder = qint64(1) << 20;
+    if (m_memberSize - m_read > maxRemainder)
+        failMember(QStringLiteral("holds %1 bytes past its contents.").arg(m_memberSize - m_read));
+    char sink[1 << 16];
+    while (read(sink, sizeof sink) == qint64(sizeof sink)) {
+    }
+}
+
 namespace ZipMember {
 
 QByteArray singleMember(const QByteArray &name, const QByteArray &contents, Method method, const QString &title)

@@ -29,6 +29,10 @@ public:
     // Up to n bytes of the open member; fewer only at its end, where the checksum and size are
     // checked. Damaged data throws.
     qint64 read(char *buffer, qint64 n);
+    // After the caller has read what it needs: reads the little that may be left of the member, so
+    // that its checksum and size are checked. A member holding more than a small remainder past
+    // what was needed is refused rather than inflated.
+    void finishMember();
 
 private:
     struct Handles;
