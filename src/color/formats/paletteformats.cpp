@@ -48,6 +48,12 @@ QString readerTitle(int format)
 
 namespace {
 
+[[noreturn]] void failTooLarge(int format, const QString &path)
+{
+    throw DescribedException(readerTitle(format), QStringLiteral("The file\n'") + path +
+                                                      QStringLiteral("'\nis too large for a palette."));
+}
+
 bool isTextFormat(int format)
 {
     return format == FormatGimp || format == FormatFractint || format == FormatHexLines ||
@@ -75,8 +81,7 @@ void readText(int format, QIODevice &device, const QString &path, Palette<uint> 
         break;
     }
     if (lines.bytesRead() > maxFileSize)
-        throw DescribedException(readerTitle(format), QStringLiteral("The file\n'") + path +
-                                                          QStringLiteral("'\nis too large for a palette."));
+        failTooLarge(format, path);
 }
 
 } // namespace
@@ -87,27 +92,12 @@ bool looksLikeJasc(const QByteArray &lead)
     return codec->toUnicode(lead).startsWith(QLatin1String("JASC-PAL"));
 }
 
-void readPaletteBytes(int format, const QByteArray &data, const QString &path, Palette<uint> &palette)
-{
-    QBuffer device;
-    device.setData(data);
-    device.open(QIODevice::ReadOnly);
-    readPaletteDevice(format, device, path, palette);
-}
+namespace {
 
-void readPaletteDevice(int format, QIODevice &device, const QString &path, Palette<uint> &palette)
+// The formats that are neither text nor binary palettes fail here, before anything is read.
+void refuseUnreadable(int format)
 {
-    if (format == FormatMicrosoft && looksLikeJasc(device.peek(64)))
-        format = FormatJasc;
-    if (isTextFormat(format))
-        return readText(format, device, path, palette);
     switch (format) {
-    case FormatPhotoshop:
-    case FormatMicrosoft:
-    case FormatGif:
-    case FormatAse:
-    case FormatAct:
-        break;
     case FormatHtml:
     case FormatCss:
     case FormatJavaScript:
@@ -116,14 +106,14 @@ void readPaletteDevice(int format, QIODevice &device, const QString &path, Palet
         throw DescribedException(importTitle,
                                  QStringLiteral("The format to import from is not known or supported."));
     default:
-        throw DescribedException(
-            importTitle, QStringLiteral("The format to import from is either not known or not supported."));
+        if (format < FormatGimp || format > FormatLast)
+            throw DescribedException(
+                importTitle, QStringLiteral("The format to import from is either not known or not supported."));
     }
-    // The binary formats are small by nature and read whole, within the bound on palette files.
-    const QByteArray data = device.read(maxFileSize + 1);
-    if (data.size() > maxFileSize)
-        throw DescribedException(readerTitle(format), QStringLiteral("The file\n'") + path +
-                                                          QStringLiteral("'\nis too large for a palette."));
+}
+
+void readBinary(int format, const QByteArray &data, const QString &path, Palette<uint> &palette)
+{
     switch (format) {
     case FormatPhotoshop:
         return readPhotoshop(data, path, palette);
@@ -136,6 +126,43 @@ void readPaletteDevice(int format, QIODevice &device, const QString &path, Palet
     default:
         return readAct(data, path, palette);
     }
+}
+
+} // namespace
+
+void readPaletteBytes(int format, const QByteArray &data, const QString &path, Palette<uint> &palette)
+{
+    refuseUnreadable(format);
+    if (format == FormatMicrosoft && looksLikeJasc(data.left(64)))
+        format = FormatJasc;
+    if (!isTextFormat(format))
+        return readBinary(format, data, path, palette);
+    QBuffer device;
+    device.setData(data);
+    device.open(QIODevice::ReadOnly);
+    readText(format, device, path, palette);
+}
+
+void readPaletteDevice(int format, QIODevice &device, const QString &path, Palette<uint> &palette)
+{
+    refuseUnreadable(format);
+    if (format == FormatMicrosoft && looksLikeJasc(device.peek(64)))
+        format = FormatJasc;
+    if (isTextFormat(format))
+        return readText(format, device, path, palette);
+    // The binary formats are small by nature and read whole, within the bound on palette files,
+    // in blocks: a device without a size gets no buffer of the whole bound.
+    QByteArray data;
+    char block[1 << 16];
+    for (;;) {
+        const qint64 got = device.read(block, sizeof block);
+        if (got <= 0)
+            break;
+        if (qint64(data.size()) + got > maxFileSize)
+            failTooLarge(format, path);
+        data.append(block, int(got));
+    }
+    readBinary(format, data, path, palette);
 }
 
 QByteArray paletteBytes(int format, const Palette<uint> &palette, const QString &path,
@@ -382,8 +409,7 @@ void importPalette(const QString &path, Palette<uint> &palette, int format)
         throw DescribedException(openTitle,
                                  QStringLiteral("Could not open file\n'") + path + QStringLiteral("'."));
     if (!file.isSequential() && file.size() > maxFileSize)
-        throw DescribedException(readerTitle(format), QStringLiteral("The file\n'") + path +
-                                                          QStringLiteral("'\nis too large for a palette."));
+        failTooLarge(format, path);
     readPaletteDevice(format, file, path, palette);
 }
 
