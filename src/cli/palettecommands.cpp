@@ -61,7 +61,8 @@ int paletteShow(CliContext &ctx)
     args.expectOperands(1);
     const QString path = args.operands()[0];
     const Palette<uint> palette = readPaletteFile(path, args.value(from), args.has(QStringLiteral("raw")));
-    ctx.out << QString::fromUtf8(QJsonDocument(paletteJson(palette)).toJson(QJsonDocument::Compact)) << '\n';
+    writePaletteJson(ctx.out, palette);
+    ctx.out << '\n';
     return ExitOk;
 }
 

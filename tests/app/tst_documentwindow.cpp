@@ -43,6 +43,8 @@ private slots:
     void unbuiltCommandSaysSo();
     void failuresSayWhy();
     void droppedFilesOpen();
+    void hostileImagesSayWhy_data();
+    void hostileImagesSayWhy();
 
 private:
     QString path(const QString &name) const { return m_dir.filePath(name); }
@@ -52,6 +54,7 @@ private:
     }
 
     QTemporaryDir m_dir;
+    QTemporaryDir m_samples;
     PaletteDatabase m_db;
 };
 
@@ -362,6 +365,47 @@ void TestDocumentWindow::failuresSayWhy()
                             .arg(pipe));
     struct stat st;
     QVERIFY(lstat(QFile::encodeName(pipe).constData(), &st) == 0 && S_ISFIFO(st.st_mode));
+
+void TestDocumentWindow::hostileImagesSayWhy_data()
+{
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<QString>("title");
+    QTest::addColumn<QString>("text");
+    const QString limit = "The image is %1 pixels; at most 134217728 pixels, 262144 a side, can be opened.";
+    QTest::newRow("240-byte JPEG of 40000 x 40000")
+        << "declares-40000x40000.jpg"
+        << "Could not load" << "Cannot load declares-40000x40000.jpg.\n" + limit.arg("40000 x 40000");
+    QTest::newRow("uint32 row of 2^26 cells")
+        << "wide-u4.npy"
+        << "Error on reading NumPy array"
+        << "The array in\n'%1'\nis too large for an image.\n" + limit.arg("67108864 x 1");
+}
+
+// Opened as a file named on the command line, an image the program cannot build is refused with
+// a message, and the window keeps what it showed: neither a blank view nor a crash.
+void TestDocumentWindow::hostileImagesSayWhy()
+{
+    QFETCH(QString, file);
+    QFETCH(QString, title);
+    QFETCH(QString, text);
+    const QString hostile = m_samples.filePath(file);
+    if (!QFile::exists(hostile)) {
+        QProcess make;
+        make.start("python3", {CHROMAXIS_HOSTILE_SAMPLES, m_samples.path()});
+        QVERIFY(make.waitForFinished(120000) && make.exitCode() == 0);
+    }
+
+    ChromaxisMainWindow w(&m_db);
+    QVERIFY(w.loadImageFile(path("indexed.png")));
+    const QImage shown = w.imageView()->pixmap(Qt::ReturnByValue).toImage();
+    SeenBox seen;
+    answerNextBox(seen, QMessageBox::Ok);
+    w.openFiles({hostile});
+    QVERIFY(seen.seen);
+    QCOMPARE(seen.title, title);
+    QCOMPARE(seen.text, text.contains("%1") ? text.arg(hostile) : text);
+    QCOMPARE(w.document().image().width(), 4);
+    QCOMPARE(w.imageView()->pixmap(Qt::ReturnByValue).toImage(), shown);
 }
 
 CHROMAXIS_GUI_TEST_MAIN(TestDocumentWindow)

@@ -7,19 +7,21 @@
 
 namespace PaletteFormatIO {
 
-void readFractint(const QByteArray &data, const QString &path, Palette<uint> &palette)
+void readFractint(TextLines &lines, const QString &path, Palette<uint> &palette)
 {
     const QString title = readerTitle(FormatFractint);
-    for (QString line : textLines(decodeText(data))) {
+    QString line;
+    while (lines.next(line)) {
         const int hash = line.indexOf(QLatin1Char('#'));
         if (hash >= 0)
             line.truncate(hash);
-        const QStringList tokens = splitAtWhite(line);
-        if (tokens.size() < 3)
+        QStringView tokens[3];
+        const int found = firstTokens(line, tokens, 3);
+        if (found < 3)
             continue;
         long long rgb[3] = {0, 0, 0};
         for (int c = 0; c < 3; ++c)
-            if (!parseDecimal(tokens.at(c), rgb[c]))
+            if (!parseDecimal(tokens[c], rgb[c]))
                 throw DescribedException(title,
                                          QStringLiteral("A component in a RGB-triplet is not numeric in\n'") +
                                              path + QStringLiteral("'."));

@@ -17,39 +17,38 @@ bool isBlankLine(const QString &line)
 }
 } // namespace
 
-void readGimp(const QByteArray &data, const QString &path, Palette<uint> &palette)
+void readGimp(TextLines &lines, const QString &path, Palette<uint> &palette)
 {
     const QString title = readerTitle(FormatGimp);
-    const QStringList lines = textLines(decodeText(data));
+    QString line;
     // Only the first 12 characters are compared, case and all: "GIMP Palette v2" is fine,
     // "gimp palette" is not.
-    const QString header = lines.isEmpty() ? QString() : lines.first().left(12);
+    const QString header = lines.next(line) ? line.left(12) : QString();
     if (header != QLatin1String("GIMP Palette"))
         throw DescribedException(title, QStringLiteral("Found mismatching header '") + header +
                                             QStringLiteral("' in\n'") + path + QStringLiteral("'."));
 
-    for (int i = 1; i < lines.size(); ++i) {
-        const QString &line = lines.at(i);
+    while (lines.next(line)) {
         // Blank lines are skipped like comments: palettes shipped by several painting programs have
         // them between the header and the colours.
         if (line.startsWith(QLatin1Char('#')) || isBlankLine(line))
             continue;
-        const QString lower = line.toLower();
-        if (lower.startsWith(QLatin1String("name:"))) {
+        if (line.startsWith(QLatin1String("name:"), Qt::CaseInsensitive)) {
             palette.setProperty(PaletteName,
                                 trimLineBreaksAndBlanks(line.mid(line.indexOf(QLatin1Char(':')) + 1)));
             continue;
         }
-        if (lower.startsWith(QLatin1String("columns:")))
+        if (line.startsWith(QLatin1String("columns:"), Qt::CaseInsensitive))
             continue;
 
-        const QStringList tokens = splitAtWhite(line);
-        if (tokens.size() < 3)
+        QStringView tokens[3];
+        const int found = firstTokens(line, tokens, 3);
+        if (found < 3)
             throw DescribedException(title, QStringLiteral("Broken entry (missing components) found in\n'") +
                                                 path + QStringLiteral("'."));
         long long rgb[3] = {0, 0, 0};
         for (int c = 0; c < 3; ++c)
-            if (!parseDecimal(tokens.at(c), rgb[c]))
+            if (!parseDecimal(tokens[c], rgb[c]))
                 throw DescribedException(title, QStringLiteral("Invalid number found in\n'") + path +
                                                     QStringLiteral("'."));
         clampComponents(rgb[0], rgb[1], rgb[2]);

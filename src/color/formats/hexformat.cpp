@@ -45,10 +45,11 @@ QString notHexadecimal(const QString &path)
 
 } // namespace
 
-void readHexLines(const QByteArray &data, const QString &path, Palette<uint> &palette)
+void readHexLines(TextLines &lines, const QString &path, Palette<uint> &palette)
 {
     const QString title = readerTitle(FormatHexLines);
-    for (QString line : textLines(decodeText(data))) {
+    QString line;
+    while (lines.next(line)) {
         const int hash = line.indexOf(QLatin1Char('#'));
         if (hash >= 0)
             line.truncate(hash);
@@ -64,10 +65,11 @@ void readHexLines(const QByteArray &data, const QString &path, Palette<uint> &pa
     }
 }
 
-void readHexOneLine(const QByteArray &data, const QString &path, Palette<uint> &palette)
+void readHexOneLine(TextLines &lines, const QString &path, Palette<uint> &palette)
 {
     const QString title = readerTitle(FormatHexOneLine);
-    for (const QString &raw : textLines(decodeText(data))) {
+    QString raw;
+    while (lines.next(raw)) {
         const QString line = trimLineBreaksAndBlanks(raw);
         for (int start = 0; start < line.size(); start += 6) {
             RGBAColor<uint> color;

@@ -7,37 +7,38 @@
 
 namespace PaletteFormatIO {
 
-void readJasc(const QByteArray &data, const QString &path, Palette<uint> &palette)
+void readJasc(TextLines &lines, const QString &path, Palette<uint> &palette)
 {
     const QString title = readerTitle(FormatJasc);
-    const QStringList lines = textLines(decodeText(data));
-    auto line = [&lines](int i) {
-        return i < lines.size() ? trimLineBreaksAndBlanks(lines.at(i)) : QString();
-    };
-    auto fail = [&](const QString &text) {
-        throw DescribedException(title, text + QStringLiteral(" in\n'") + path + QStringLiteral("'."));
+    QString text;
+    auto line = [&]() { return lines.next(text) ? trimLineBreaksAndBlanks(text) : QString(); };
+    auto fail = [&](const QString &message) {
+        throw DescribedException(title, message + QStringLiteral(" in\n'") + path + QStringLiteral("'."));
     };
 
-    if (line(0) != QLatin1String("JASC-PAL"))
-        fail(QStringLiteral("Found mismatching header '") + line(0).left(40) + QLatin1Char('\''));
-    if (line(1) != QLatin1String("0100"))
-        fail(QStringLiteral("Unsupported JASC palette version '") + line(1).left(40) + QLatin1Char('\''));
+    const QString header = line();
+    if (header != QLatin1String("JASC-PAL"))
+        fail(QStringLiteral("Found mismatching header '") + header.left(40) + QLatin1Char('\''));
+    const QString version = line();
+    if (version != QLatin1String("0100"))
+        fail(QStringLiteral("Unsupported JASC palette version '") + version.left(40) + QLatin1Char('\''));
+    const QString countText = line();
     long long count = 0;
-    if (!parseDecimal(line(2), count) || count < 0)
-        fail(QStringLiteral("Invalid color count '") + line(2).left(40) + QLatin1Char('\''));
+    if (!parseDecimal(countText, count) || count < 0)
+        fail(QStringLiteral("Invalid color count '") + countText.left(40) + QLatin1Char('\''));
 
-    const int first = 3;
-    palette.reserve(palette.size() + int(qMin<long long>(count, lines.size() - first)));
     for (long long i = 0; i < count; ++i) {
-        if (first + i >= lines.size())
+        // The count is only a claim: the palette grows with the lines that are really there.
+        if (!lines.next(text))
             fail(QStringLiteral("The color count %1 is larger than the number of entries").arg(count));
         // A fourth number (alpha, written by some tools) and anything after it are ignored.
-        const QStringList tokens = splitAtWhite(lines.at(int(first + i)));
-        if (tokens.size() < 3)
+        QStringView tokens[3];
+        const int found = firstTokens(text, tokens, 3);
+        if (found < 3)
             fail(QStringLiteral("Broken entry (missing components) found"));
         long long rgb[3] = {0, 0, 0};
         for (int c = 0; c < 3; ++c)
-            if (!parseDecimal(tokens.at(c), rgb[c]))
+            if (!parseDecimal(tokens[c], rgb[c]))
                 fail(QStringLiteral("Invalid number found"));
         clampComponents(rgb[0], rgb[1], rgb[2]);
         palette.append(colorFromBytes(uint(rgb[0]), uint(rgb[1]), uint(rgb[2])));

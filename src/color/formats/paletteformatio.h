@@ -8,8 +8,13 @@
 #include "palette/palette.h"
 
 #include <QByteArray>
+#include <QIODevice>
 #include <QString>
 #include <QStringList>
+
+#include <memory>
+
+class QTextDecoder;
 
 namespace PaletteFormatIO {
 
@@ -20,21 +25,49 @@ constexpr qint64 maxFileSize = 64 * 1024 * 1024;
 // The title of the failures of a reader.
 QString readerTitle(int format);
 
+// The lines of a text palette as they are read: UTF-8 unless a byte order mark says otherwise, the
+// mark dropped; split at "\n" with one "\r" before it dropped, and no empty last line after a final
+// "\n". Only the line at hand and one block of the file are held, never the whole text.
+class TextLines
+{
+public:
+    explicit TextLines(QIODevice &device);
+    ~TextLines();
+    // The next line; false at the end. Reading stops past maxFileSize bytes.
+    bool next(QString &line);
+    qint64 bytesRead() const { return m_total; }
+
+private:
+    bool fill();
+
+    QIODevice &m_device;
+    std::unique_ptr<QTextDecoder> m_decoder;
+    QString m_text;
+    int m_pos = 0;
+    qint64 m_total = 0;
+};
+
+// Whether the text starting with these bytes (in any encoding with a byte order mark) starts with
+// "JASC-PAL": such a file is a JASC palette whatever its name says.
+bool looksLikeJasc(const QByteArray &lead);
+
 // Reads data, the contents of the file at path (used in messages only), in the given format and
 // appends to palette. Throws DescribedException; colours appended before a failure stay.
 void readPaletteBytes(int format, const QByteArray &data, const QString &path, Palette<uint> &palette);
+// The same from a device opened for reading: text formats are read line by line as they come.
+void readPaletteDevice(int format, QIODevice &device, const QString &path, Palette<uint> &palette);
 // The bytes of palette in the given format; path gives the file name the HTML table shows.
 QByteArray paletteBytes(int format, const Palette<uint> &palette, const QString &path,
                         const ExportOptions &options);
 
-void readGimp(const QByteArray &data, const QString &path, Palette<uint> &palette);
+void readGimp(TextLines &lines, const QString &path, Palette<uint> &palette);
 void readPhotoshop(const QByteArray &data, const QString &path, Palette<uint> &palette);
-void readFractint(const QByteArray &data, const QString &path, Palette<uint> &palette);
+void readFractint(TextLines &lines, const QString &path, Palette<uint> &palette);
 void readMicrosoft(const QByteArray &data, const QString &path, Palette<uint> &palette);
 void readGif(const QByteArray &data, const QString &path, Palette<uint> &palette);
-void readHexLines(const QByteArray &data, const QString &path, Palette<uint> &palette);
-void readHexOneLine(const QByteArray &data, const QString &path, Palette<uint> &palette);
-void readJasc(const QByteArray &data, const QString &path, Palette<uint> &palette);
+void readHexLines(TextLines &lines, const QString &path, Palette<uint> &palette);
+void readHexOneLine(TextLines &lines, const QString &path, Palette<uint> &palette);
+void readJasc(TextLines &lines, const QString &path, Palette<uint> &palette);
 void readAse(const QByteArray &data, const QString &path, Palette<uint> &palette);
 void readAct(const QByteArray &data, const QString &path, Palette<uint> &palette);
 
@@ -54,19 +87,16 @@ QByteArray writeAct(const Palette<uint> &palette);
 
 // --- shared helpers ---
 
-// The text of a text palette: UTF-8 unless a byte order mark says otherwise, the mark dropped.
-QString decodeText(const QByteArray &data);
-// The lines of text as a line-reading text stream gives them: split at "\n", one "\r" before it
-// dropped, and no empty last line after a final "\n".
-QStringList textLines(const QString &text);
 // Blank, tab, carriage return, newline, vertical tab, form feed.
 bool isWhite(QChar c);
-QStringList splitAtWhite(const QString &line);
+// The first tokens of line between runs of white, at most max of them, as views into line: a
+// reader of millions of lines allocates nothing per line for them. Returns their count.
+int firstTokens(QStringView line, QStringView *tokens, int max);
 // Trims blanks, tabs, carriage returns and newlines only.
 QString trimLineBreaksAndBlanks(const QString &text);
 // An optional "+" or "-", then one or more ASCII digits; huge values saturate, they only need to
 // compare as out of range.
-bool parseDecimal(const QString &token, long long &value);
+bool parseDecimal(QStringView token, long long &value);
 // Clamps r, g, b into 0..255 and writes the range warning to stderr once when any was outside.
 void clampComponents(long long &r, long long &g, long long &b);
 

@@ -4,9 +4,11 @@
 #include "formats/writefileatomically.h"
 #include "formats/paletteformatio.h"
 
+#include <QBuffer>
 #include <QFile>
 #include <QFileInfo>
 #include <QTextCodec>
+#include <QTextDecoder>
 
 #include <cstdio>
 
@@ -44,31 +46,58 @@ QString readerTitle(int format)
     }
 }
 
-void readPaletteBytes(int format, const QByteArray &data, const QString &path, Palette<uint> &palette)
+namespace {
+
+[[noreturn]] void failTooLarge(int format, const QString &path)
 {
+    throw DescribedException(readerTitle(format), QStringLiteral("The file\n'") + path +
+                                                      QStringLiteral("'\nis too large for a palette."));
+}
+
+bool isTextFormat(int format)
+{
+    return format == FormatGimp || format == FormatFractint || format == FormatHexLines ||
+           format == FormatHexOneLine || format == FormatJasc;
+}
+
+void readText(int format, QIODevice &device, const QString &path, Palette<uint> &palette)
+{
+    TextLines lines(device);
     switch (format) {
     case FormatGimp:
-        return readGimp(data, path, palette);
-    case FormatPhotoshop:
-        return readPhotoshop(data, path, palette);
+        readGimp(lines, path, palette);
+        break;
     case FormatFractint:
-        return readFractint(data, path, palette);
-    case FormatMicrosoft:
-        if (data.startsWith("JASC-PAL"))
-            return readJasc(data, path, palette);
-        return readMicrosoft(data, path, palette);
-    case FormatGif:
-        return readGif(data, path, palette);
+        readFractint(lines, path, palette);
+        break;
     case FormatHexLines:
-        return readHexLines(data, path, palette);
+        readHexLines(lines, path, palette);
+        break;
     case FormatHexOneLine:
-        return readHexOneLine(data, path, palette);
-    case FormatJasc:
-        return readJasc(data, path, palette);
-    case FormatAse:
-        return readAse(data, path, palette);
-    case FormatAct:
-        return readAct(data, path, palette);
+        readHexOneLine(lines, path, palette);
+        break;
+    default:
+        readJasc(lines, path, palette);
+        break;
+    }
+    if (lines.bytesRead() > maxFileSize)
+        failTooLarge(format, path);
+}
+
+} // namespace
+
+bool looksLikeJasc(const QByteArray &lead)
+{
+    QTextCodec *codec = QTextCodec::codecForUtfText(lead, QTextCodec::codecForMib(106));
+    return codec->toUnicode(lead).startsWith(QLatin1String("JASC-PAL"));
+}
+
+namespace {
+
+// The formats that are neither text nor binary palettes fail here, before anything is read.
+void refuseUnreadable(int format)
+{
+    switch (format) {
     case FormatHtml:
     case FormatCss:
     case FormatJavaScript:
@@ -77,9 +106,63 @@ void readPaletteBytes(int format, const QByteArray &data, const QString &path, P
         throw DescribedException(importTitle,
                                  QStringLiteral("The format to import from is not known or supported."));
     default:
-        throw DescribedException(
-            importTitle, QStringLiteral("The format to import from is either not known or not supported."));
+        if (format < FormatGimp || format > FormatLast)
+            throw DescribedException(
+                importTitle, QStringLiteral("The format to import from is either not known or not supported."));
     }
+}
+
+void readBinary(int format, const QByteArray &data, const QString &path, Palette<uint> &palette)
+{
+    switch (format) {
+    case FormatPhotoshop:
+        return readPhotoshop(data, path, palette);
+    case FormatMicrosoft:
+        return readMicrosoft(data, path, palette);
+    case FormatGif:
+        return readGif(data, path, palette);
+    case FormatAse:
+        return readAse(data, path, palette);
+    default:
+        return readAct(data, path, palette);
+    }
+}
+
+} // namespace
+
+void readPaletteBytes(int format, const QByteArray &data, const QString &path, Palette<uint> &palette)
+{
+    refuseUnreadable(format);
+    if (format == FormatMicrosoft && looksLikeJasc(data.left(64)))
+        format = FormatJasc;
+    if (!isTextFormat(format))
+        return readBinary(format, data, path, palette);
+    QBuffer device;
+    device.setData(data);
+    device.open(QIODevice::ReadOnly);
+    readText(format, device, path, palette);
+}
+
+void readPaletteDevice(int format, QIODevice &device, const QString &path, Palette<uint> &palette)
+{
+    refuseUnreadable(format);
+    if (format == FormatMicrosoft && looksLikeJasc(device.peek(64)))
+        format = FormatJasc;
+    if (isTextFormat(format))
+        return readText(format, device, path, palette);
+    // The binary formats are small by nature and read whole, within the bound on palette files,
+    // in blocks: a device without a size gets no buffer of the whole bound.
+    QByteArray data;
+    char block[1 << 16];
+    for (;;) {
+        const qint64 got = device.read(block, sizeof block);
+        if (got <= 0)
+            break;
+        if (qint64(data.size()) + got > maxFileSize)
+            failTooLarge(format, path);
+        data.append(block, int(got));
+    }
+    readBinary(format, data, path, palette);
 }
 
 QByteArray paletteBytes(int format, const Palette<uint> &palette, const QString &path,
@@ -117,23 +200,48 @@ QByteArray paletteBytes(int format, const Palette<uint> &palette, const QString 
     }
 }
 
-QString decodeText(const QByteArray &data)
+TextLines::TextLines(QIODevice &device) : m_device(device)
 {
-    QTextCodec *codec = QTextCodec::codecForUtfText(data, QTextCodec::codecForMib(106));
-    return codec->toUnicode(data);
+    // The byte order mark, if any, is among the first four bytes.
+    QTextCodec *codec = QTextCodec::codecForUtfText(device.peek(4), QTextCodec::codecForMib(106));
+    m_decoder.reset(codec->makeDecoder());
 }
 
-QStringList textLines(const QString &text)
+TextLines::~TextLines() = default;
+
+bool TextLines::fill()
 {
-    QStringList lines = text.split(QLatin1Char('\n'));
-    if (text.endsWith(QLatin1Char('\n')))
-        lines.removeLast();
-    for (QString &line : lines)
-        if (line.endsWith(QLatin1Char('\r')))
-            line.chop(1);
-    if (text.isEmpty())
-        lines.clear();
-    return lines;
+    char block[1 << 16];
+    // Past the bound on palette files (only a device without a size gets there) reading stops.
+    const qint64 got = m_device.read(block, qMin<qint64>(sizeof block, maxFileSize + 1 - m_total));
+    if (got <= 0)
+        return false;
+    m_total += got;
+    m_text = m_text.mid(m_pos) + m_decoder->toUnicode(block, int(got));
+    m_pos = 0;
+    return true;
+}
+
+bool TextLines::next(QString &line)
+{
+    for (;;) {
+        const int end = m_text.indexOf(QLatin1Char('\n'), m_pos);
+        if (end >= 0) {
+            line = m_text.mid(m_pos, end - m_pos);
+            m_pos = end + 1;
+            break;
+        }
+        if (!fill()) {
+            if (m_pos >= m_text.size())
+                return false;
+            line = m_text.mid(m_pos);
+            m_pos = m_text.size();
+            break;
+        }
+    }
+    if (line.endsWith(QLatin1Char('\r')))
+        line.chop(1);
+    return true;
 }
 
 bool isWhite(QChar c)
@@ -151,22 +259,6 @@ bool isWhite(QChar c)
     }
 }
 
-QStringList splitAtWhite(const QString &line)
-{
-    QStringList tokens;
-    int start = -1;
-    for (int i = 0; i <= line.size(); ++i) {
-        const bool white = i == line.size() || isWhite(line.at(i));
-        if (white && start >= 0) {
-            tokens << line.mid(start, i - start);
-            start = -1;
-        } else if (!white && start < 0) {
-            start = i;
-        }
-    }
-    return tokens;
-}
-
 QString trimLineBreaksAndBlanks(const QString &text)
 {
     auto trimmable = [](QChar c) {
@@ -182,7 +274,23 @@ QString trimLineBreaksAndBlanks(const QString &text)
     return text.mid(begin, end - begin);
 }
 
-bool parseDecimal(const QString &token, long long &value)
+int firstTokens(QStringView line, QStringView *tokens, int max)
+{
+    int count = 0;
+    int start = -1;
+    for (int i = 0; i <= line.size() && count < max; ++i) {
+        const bool white = i == line.size() || isWhite(line.at(i));
+        if (white && start >= 0) {
+            tokens[count++] = line.mid(start, i - start);
+            start = -1;
+        } else if (!white && start < 0) {
+            start = i;
+        }
+    }
+    return count;
+}
+
+bool parseDecimal(QStringView token, long long &value)
 {
     int i = 0;
     bool negative = false;
@@ -310,11 +418,9 @@ void importPalette(const QString &path, Palette<uint> &palette, int format)
     if (QFileInfo(path).isDir() || !file.open(QIODevice::ReadOnly))
         throw DescribedException(openTitle,
                                  QStringLiteral("Could not open file\n'") + path + QStringLiteral("'."));
-    const QByteArray data = file.read(maxFileSize + 1);
-    if (data.size() > maxFileSize)
-        throw DescribedException(readerTitle(format), QStringLiteral("The file\n'") + path +
-                                                          QStringLiteral("'\nis too large for a palette."));
-    readPaletteBytes(format, data, path, palette);
+    if (!file.isSequential() && file.size() > maxFileSize)
+        failTooLarge(format, path);
+    readPaletteDevice(format, file, path, palette);
 }
 
 Palette<uint> openPaletteFile(const QString &path)

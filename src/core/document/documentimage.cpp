@@ -1,5 +1,6 @@
 #include "document/documentimage.h"
 
+#include "document/imagelimits.h"
 #include "document/imagerender.h"
 
 #include <cstring>
@@ -7,7 +8,7 @@
 DocumentImage DocumentImage::fromPicture(const QImage &picture)
 {
     DocumentImage img;
-    if (picture.isNull())
+    if (picture.isNull() || !ImageLimits::fits(picture.width(), picture.height()))
         return img;
     img.m_width = picture.width();
     img.m_height = picture.height();
@@ -27,8 +28,11 @@ DocumentImage DocumentImage::fromPicture(const QImage &picture)
             img.m_imagePalette.append({uint(qRed(c)) << 8, uint(qGreen(c)) << 8, uint(qBlue(c)) << 8, 65535});
         img.m_picture = img.viewIndexes8(table);
     } else {
-        img.m_mode = RGB;
         img.m_picture = picture.convertToFormat(QImage::Format_ARGB32);
+        // Without the memory for the converted picture there is no image, rather than one that shows nothing.
+        if (img.m_picture.isNull())
+            return DocumentImage();
+        img.m_mode = RGB;
     }
     return img;
 }
@@ -36,7 +40,7 @@ DocumentImage DocumentImage::fromPicture(const QImage &picture)
 DocumentImage DocumentImage::fromIndexes8(int width, int height, const std::vector<uint8_t> &indexes)
 {
     DocumentImage img;
-    if (width <= 0 || height <= 0 || indexes.size() != size_t(width) * size_t(height))
+    if (!ImageLimits::fits(width, height) || indexes.size() != size_t(width) * size_t(height))
         return img;
     img.m_width = width;
     img.m_height = height;
@@ -72,7 +76,7 @@ QImage DocumentImage::viewIndexes8(const QVector<QRgb> &table) const
 DocumentImage DocumentImage::fromIndexes32(int width, int height, std::vector<uint32_t> cells)
 {
     DocumentImage img;
-    if (width <= 0 || height <= 0 || cells.size() != size_t(width) * size_t(height))
+    if (!ImageLimits::fits(width, height) || cells.size() != size_t(width) * size_t(height))
         return img;
     img.m_mode = Indexed32;
     img.m_width = width;
@@ -84,7 +88,7 @@ DocumentImage DocumentImage::fromIndexes32(int width, int height, std::vector<ui
 DocumentImage DocumentImage::fromContinuous(int width, int height, std::vector<float> cells, bool interpolate)
 {
     DocumentImage img;
-    if (width <= 0 || height <= 0 || cells.size() != size_t(width) * size_t(height))
+    if (!ImageLimits::fits(width, height) || cells.size() != size_t(width) * size_t(height))
         return img;
     img.m_mode = Continuous;
     img.m_width = width;

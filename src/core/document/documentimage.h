@@ -14,7 +14,8 @@
 //   2 indexed 8bit: one byte a pixel in an indexed picture; rendering only swaps its colour table
 //   3 indexed 32bit: one unsigned index a cell; indexes past the palette show the last colour
 //   4 continuous:   one float a cell, 0..65535 across the palette
-// A plain value: copies duplicate the cells and the picture.
+// A plain value: copies duplicate the cells and the picture. The factories give a null image for a
+// size past ImageLimits, so no image of the program is larger.
 class DocumentImage
 {
 public:

@@ -23,10 +23,13 @@ inline QRgb tableColour(const RGBAColor<uint> &c)
 // Opaque black for pictures shown through an empty palette: there is no colour to show.
 constexpr QRgb emptyPaletteColour = 0xFF000000u;
 
-void ensurePicture(QImage &out, int width, int height)
+// Whether out now holds a picture of that size to draw into. One that cannot be built (no memory,
+// or a size no picture can have) leaves out null, and nothing is drawn.
+bool ensurePicture(QImage &out, int width, int height)
 {
     if (out.width() != width || out.height() != height || out.format() != QImage::Format_ARGB32)
         out = QImage(width, height, QImage::Format_ARGB32);
+    return !out.isNull();
 }
 
 // Spreads the 8 bits of v so that bit k lands on bit 3k.
@@ -214,7 +217,8 @@ void forRowBands(int width, int height, RowRange rows)
 
 void renderIndexed32(const uint32_t *cells, int width, int height, const Palette<uint> &palette, QImage &out)
 {
-    ensurePicture(out, width, height);
+    if (!ensurePicture(out, width, height))
+        return;
     const QVector<QRgb> table = paletteColourTable(palette);
     const uint32_t n = uint32_t(table.size());
     uchar *bits = out.bits();
@@ -233,7 +237,8 @@ void renderIndexed32(const uint32_t *cells, int width, int height, const Palette
 void renderContinuous(const float *cells, int width, int height, const Palette<uint> &palette, bool interpolate,
                       QImage &out)
 {
-    ensurePicture(out, width, height);
+    if (!ensurePicture(out, width, height))
+        return;
     const QVector<QRgb> table = paletteColourTable(palette);
     const int n = table.size();
     uchar *bits = out.bits();

@@ -12,6 +12,8 @@
 // opaque. Every rendered picture takes its colours from here, so translucent entries show solid.
 QVector<QRgb> paletteColourTable(const Palette<uint> &palette);
 
+// Both renderers leave out null, and draw nothing, when a picture of that size cannot be built.
+
 // Mode 3: cell v shows T[v], or T[N - 1] when v is past the palette.
 void renderIndexed32(const uint32_t *cells, int width, int height, const Palette<uint> &palette, QImage &out);
 

@@ -1,5 +1,6 @@
 #include "storage/documentimageio.h"
 
+#include "document/imagelimits.h"
 #include "palette/describedexception.h"
 #include "formats/writefileatomically.h"
 #include "storage/numpyimage.h"
@@ -32,6 +33,12 @@ DocumentImage load(const QString &path)
     QImageReader reader(path);
     // A wrong extension should not stop a readable file.
     reader.setDecideFormatFromContent(true);
+    // A few hundred bytes of header can declare gigapixels: the size is weighed before decoding.
+    const QSize declared = reader.size();
+    if (declared.isValid() && !ImageLimits::fits(declared.width(), declared.height()))
+        throw DescribedException(QStringLiteral("Could not load"),
+                                 QStringLiteral("Cannot load %1.\n").arg(name) +
+                                     ImageLimits::tooLarge(declared.width(), declared.height()));
     const QImage picture = reader.read();
     if (picture.isNull()) {
         const bool unknownFormat = reader.error() == QImageReader::UnsupportedFormatError;
@@ -39,7 +46,16 @@ DocumentImage load(const QString &path)
                                  unknownFormat ? QStringLiteral("Cannot load %1.\nUnknown image format.").arg(name)
                                                : QStringLiteral("Cannot load %1.\nUnknown error.").arg(name));
     }
-    return DocumentImage::fromPicture(picture);
+    // Formats that cannot tell their size up front are held to the same limit once decoded.
+    if (!ImageLimits::fits(picture.width(), picture.height()))
+        throw DescribedException(QStringLiteral("Could not load"),
+                                 QStringLiteral("Cannot load %1.\n").arg(name) +
+                                     ImageLimits::tooLarge(picture.width(), picture.height()));
+    const DocumentImage image = DocumentImage::fromPicture(picture);
+    if (image.isNull())
+        throw DescribedException(QStringLiteral("Could not load"),
+                                 QStringLiteral("Cannot load %1.\nThere is not enough memory.").arg(name));
+    return image;
 }
 
 void savePicture(const QString &path, const QImage &picture, const QSize &size, const QByteArray &format)

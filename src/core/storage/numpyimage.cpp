@@ -1,9 +1,10 @@
 #include "storage/numpyimage.h"
 
-#include "formats/bytereader.h"
-#include "palette/describedexception.h"
+#include "document/imagelimits.h"
 #include "formats/writefileatomically.h"
-#include "storage/ziparchive.h"
+#include "palette/describedexception.h"
+#include "storage/numpyheader.h"
+#include "storage/zipmember.h"
 
 #include <QFile>
 #include <QtEndian>
@@ -34,163 +35,8 @@ const char memberName[] = "image.npy";
 
 [[noreturn]] void failHeader(const QString &path, const QString &why)
 {
-    failRead(QStringLiteral("The NumPy header of\n'%1'\nis not valid: %2.").arg(path, why));
+    NumpyHeader::fail(path, why, NumpyImage::readTitle());
 }
-
-// --- the header dictionary --------------------------------------------------------------------------
-
-struct ArrayHeader
-{
-    QByteArray descr;
-    bool fortranOrder = false;
-    std::vector<qint64> shape;
-};
-
-// A strict reader of the Python literal NumPy writes: {'descr': '<u4', 'fortran_order': False,
-// 'shape': (480, 640), } with each key exactly once, padded with blanks.
-class HeaderParser
-{
-public:
-    HeaderParser(const QByteArray &text, const QString &path) : m_text(text), m_path(path) {}
-
-    ArrayHeader parse()
-    {
-        ArrayHeader h;
-        bool seenDescr = false, seenOrder = false, seenShape = false;
-        expect('{');
-        for (;;) {
-            if (peek() == '}')
-                break;
-            const QByteArray key = string();
-            expect(':');
-            if (key == "descr") {
-                once(seenDescr, key);
-                if (peek() != '\'' && peek() != '"')
-                    fail(QStringLiteral("only simple array types are supported, not records"));
-                h.descr = string();
-            } else if (key == "fortran_order") {
-                once(seenOrder, key);
-                h.fortranOrder = boolean();
-            } else if (key == "shape") {
-                once(seenShape, key);
-                h.shape = tuple();
-            } else {
-                fail(QStringLiteral("unknown key '%1'").arg(QString::fromLatin1(key)));
-            }
-            if (peek() == ',') {
-                ++m_pos;
-                continue;
-            }
-            if (peek() != '}')
-                fail(QStringLiteral("',' or '}' expected"));
-        }
-        ++m_pos;
-        skipBlanks();
-        if (m_pos != m_text.size())
-            fail(QStringLiteral("text after the dictionary"));
-        if (!seenDescr || !seenOrder || !seenShape)
-            fail(QStringLiteral("'descr', 'fortran_order' and 'shape' are all required"));
-        return h;
-    }
-
-private:
-    [[noreturn]] void fail(const QString &why) const { failHeader(m_path, why); }
-
-    void skipBlanks()
-    {
-        while (m_pos < m_text.size() && (m_text[m_pos] == ' ' || m_text[m_pos] == '\t' ||
-                                         m_text[m_pos] == '\n' || m_text[m_pos] == '\r'))
-            ++m_pos;
-    }
-    char peek()
-    {
-        skipBlanks();
-        return m_pos < m_text.size() ? m_text[m_pos] : '\0';
-    }
-    void expect(char c)
-    {
-        if (peek() != c)
-            fail(QStringLiteral("'%1' expected").arg(QLatin1Char(c)));
-        ++m_pos;
-    }
-    void once(bool &seen, const QByteArray &key)
-    {
-        if (seen)
-            fail(QStringLiteral("the key '%1' is repeated").arg(QString::fromLatin1(key)));
-        seen = true;
-    }
-    QByteArray string()
-    {
-        const char quote = peek();
-        if (quote != '\'' && quote != '"')
-            fail(QStringLiteral("a quoted name expected"));
-        const int end = m_text.indexOf(quote, m_pos + 1);
-        if (end < 0)
-            fail(QStringLiteral("unterminated string"));
-        const QByteArray s = m_text.mid(m_pos + 1, end - m_pos - 1);
-        if (s.contains('\\') || s.contains('\n'))
-            fail(QStringLiteral("unsupported characters in a string"));
-        m_pos = end + 1;
-        return s;
-    }
-    bool boolean()
-    {
-        peek();
-        if (m_text.mid(m_pos, 4) == "True") {
-            m_pos += 4;
-            return true;
-        }
-        if (m_text.mid(m_pos, 5) == "False") {
-            m_pos += 5;
-            return false;
-        }
-        fail(QStringLiteral("'fortran_order' must be True or False"));
-    }
-    std::vector<qint64> tuple()
-    {
-        std::vector<qint64> dims;
-        expect('(');
-        bool trailingComma = false;
-        while (peek() != ')') {
-            if (!dims.empty() && !trailingComma)
-                fail(QStringLiteral("',' expected in the shape"));
-            dims.push_back(integer());
-            trailingComma = false;
-            if (peek() == ',') {
-                ++m_pos;
-                trailingComma = true;
-            }
-            if (dims.size() > 32)
-                fail(QStringLiteral("too many dimensions"));
-        }
-        ++m_pos;
-        if (dims.size() == 1 && !trailingComma)
-            fail(QStringLiteral("the shape is not a tuple"));
-        return dims;
-    }
-    qint64 integer()
-    {
-        peek();
-        const int start = m_pos;
-        qint64 v = 0;
-        while (m_pos < m_text.size() && m_text[m_pos] >= '0' && m_text[m_pos] <= '9') {
-            v = v * 10 + (m_text[m_pos] - '0');
-            if (v > INT_MAX)
-                fail(QStringLiteral("a dimension is too large"));
-            ++m_pos;
-        }
-        if (m_pos == start)
-            fail(QStringLiteral("a dimension must be a non-negative whole number"));
-        // Python 2 wrote long integers with a suffix.
-        if (m_pos < m_text.size() && (m_text[m_pos] == 'L' || m_text[m_pos] == 'l'))
-            ++m_pos;
-        return v;
-    }
-
-    const QByteArray &m_text;
-    const QString &m_path;
-    int m_pos = 0;
-};
 
 // --- reading ---------------------------------------------------------------------------------------
 
@@ -207,7 +53,7 @@ QString supportedArrays()
                           "arrays of shape (height, width, 3) or (height, width, 4).");
 }
 
-[[noreturn]] void failUnsupported(const QString &path, const ArrayHeader &h)
+[[noreturn]] void failUnsupported(const QString &path, const NumpyArrayHeader &h)
 {
     QStringList dims;
     for (qint64 d : h.shape)
@@ -218,91 +64,240 @@ QString supportedArrays()
             .arg(path, QString::fromLatin1(h.descr), dims.join(QStringLiteral(", ")), supportedArrays()));
 }
 
+[[noreturn]] void failTruncated(const QString &path)
+{
+    failRead(QStringLiteral("Unexpected end of file in\n'%1'.").arg(path));
+}
+
+// Where the bytes of an array come from: a file, a member of an archive or bytes in memory. They are
+// read as they come, straight into the image, so nothing holds the file or the member whole.
+class ArraySource
+{
+public:
+    virtual ~ArraySource() = default;
+    // Up to n bytes; fewer only at the end.
+    virtual qint64 read(char *buffer, qint64 n) = 0;
+    // The bytes left to read, or -1 when the source cannot tell.
+    virtual qint64 remaining() const = 0;
+
+    void readExactly(char *buffer, qint64 n, const QString &path)
+    {
+        if (read(buffer, n) != n)
+            failTruncated(path);
+    }
+};
+
+class MemorySource : public ArraySource
+{
+public:
+    explicit MemorySource(const QByteArray &data) : m_data(data) {}
+    qint64 read(char *buffer, qint64 n) override
+    {
+        const qint64 count = qMin(n, remaining());
+        std::memcpy(buffer, m_data.constData() + m_pos, size_t(count));
+        m_pos += count;
+        return count;
+    }
+    qint64 remaining() const override { return qint64(m_data.size()) - m_pos; }
+
+private:
+    const QByteArray &m_data;
+    qint64 m_pos = 0;
+};
+
+class FileSource : public ArraySource
+{
+public:
+    FileSource(QFile &file, const QString &path) : m_file(file), m_path(path) {}
+    qint64 read(char *buffer, qint64 n) override
+    {
+        qint64 total = 0;
+        while (total < n) {
+            const qint64 got = m_file.read(buffer + total, n - total);
+            if (got < 0)
+                failRead(QStringLiteral("Could not read file '%1'.").arg(m_path));
+            if (got == 0)
+                break;
+            total += got;
+        }
+        return total;
+    }
+    qint64 remaining() const override
+    {
+        return m_file.isSequential() ? -1 : qMax<qint64>(0, m_file.size() - m_file.pos());
+    }
+
+private:
+    QFile &m_file;
+    const QString &m_path;
+};
+
+class MemberSource : public ArraySource
+{
+public:
+    explicit MemberSource(ZipMemberReader &zip) : m_zip(zip) {}
+    qint64 read(char *buffer, qint64 n) override
+    {
+        const qint64 got = m_zip.read(buffer, n);
+        m_pos += got;
+        return got;
+    }
+    qint64 remaining() const override { return qMax<qint64>(0, m_zip.memberSize() - m_pos); }
+
+private:
+    ZipMemberReader &m_zip;
+    qint64 m_pos = 0;
+};
+
 template <typename T> T loadValue(const uchar *p, bool bigEndian)
 {
     return bigEndian ? qFromBigEndian<T>(p) : qFromLittleEndian<T>(p);
 }
 
-DocumentImage convert(const uchar *src, const ArrayHeader &h, Kind kind, bool bigEndian, const QString &path)
+// Reads the cells of a checked header from in, element by element in file order, and puts each
+// where it belongs in the image. Only the image is allocated, plus one block for reading.
+class CellReader
 {
-    const qint64 height = h.shape[0];
-    const qint64 width = h.shape[1];
-    const qint64 channels = h.shape.size() == 3 ? h.shape[2] : 1;
-    // Where the element (y, x, c) lies, in elements from the start of the data.
-    const bool f = h.fortranOrder;
-    auto element = [&](qint64 y, qint64 x, qint64 c) -> size_t {
-        return size_t(f ? (c * width + x) * height + y : (y * width + x) * channels + c);
-    };
-    const int w = int(width);
-    const int hgt = int(height);
-    if (channels > 1) {
-        QImage picture(w, hgt, QImage::Format_ARGB32);
-        if (picture.isNull())
-            throw std::bad_alloc();
-        for (int y = 0; y < hgt; ++y) {
-            auto *row = reinterpret_cast<QRgb *>(picture.scanLine(y));
-            for (int x = 0; x < w; ++x) {
-                const int a = channels == 4 ? src[element(y, x, 3)] : 255;
-                row[x] = qRgba(src[element(y, x, 0)], src[element(y, x, 1)], src[element(y, x, 2)], a);
-            }
-        }
-        return DocumentImage::fromPicture(picture);
+public:
+    CellReader(const NumpyArrayHeader &h, Kind kind, bool bigEndian, const QString &path)
+        : m_kind(kind), m_bigEndian(bigEndian), m_fortran(h.fortranOrder), m_height(h.shape[0]),
+          m_width(h.shape[1]), m_channels(h.shape.size() == 3 ? h.shape[2] : 1),
+          m_itemSize(kind == Kind::U8 ? 1 : 4), m_path(path)
+    {
     }
-    const size_t n = size_t(width) * size_t(height);
-    switch (kind) {
-    case Kind::U8: {
-        std::vector<uint8_t> indexes(n);
-        if (f) {
-            for (int y = 0; y < hgt; ++y)
-                for (int x = 0; x < w; ++x)
-                    indexes[size_t(y) * size_t(w) + size_t(x)] = src[element(y, x, 0)];
-        } else {
-            std::memcpy(indexes.data(), src, n);
-        }
-        return DocumentImage::fromIndexes8(w, hgt, indexes);
-    }
-    case Kind::U32: {
-        std::vector<uint32_t> cells(n);
-        for (int y = 0; y < hgt; ++y)
-            for (int x = 0; x < w; ++x)
-                cells[size_t(y) * size_t(w) + size_t(x)] =
-                    loadValue<quint32>(src + 4 * element(y, x, 0), bigEndian);
-        return DocumentImage::fromIndexes32(w, hgt, std::move(cells));
-    }
-    case Kind::F32: {
-        std::vector<float> cells(n);
-        for (int y = 0; y < hgt; ++y)
-            for (int x = 0; x < w; ++x) {
-                const quint32 bits = loadValue<quint32>(src + 4 * element(y, x, 0), bigEndian);
-                std::memcpy(&cells[size_t(y) * size_t(w) + size_t(x)], &bits, 4);
-            }
-        return DocumentImage::fromContinuous(w, hgt, std::move(cells));
-    }
-    }
-    failRead(QStringLiteral("Unsupported array in\n'%1'.").arg(path));
-}
 
-DocumentImage readNpy(const QByteArray &data, const QString &path)
+    DocumentImage read(ArraySource &in)
+    {
+        const int w = int(m_width);
+        const int hgt = int(m_height);
+        const size_t pixels = size_t(m_width) * size_t(m_height);
+        if (m_channels > 1) {
+            m_picture = QImage(w, hgt, QImage::Format_ARGB32);
+            if (m_picture.isNull())
+                throw std::bad_alloc();
+            // Without an alpha channel every pixel is opaque; with one, alpha comes from the file.
+            m_picture.fill(m_channels == 4 ? 0u : 0xFF000000u);
+            m_cells = m_picture.bits();
+        } else if (m_kind == Kind::U8) {
+            m_bytes.resize(pixels);
+            m_cells = m_bytes.data();
+        } else if (m_kind == Kind::U32) {
+            m_words.resize(pixels);
+            m_cells = reinterpret_cast<uchar *>(m_words.data());
+        } else {
+            m_floats.resize(pixels);
+            m_cells = reinterpret_cast<uchar *>(m_floats.data());
+        }
+        stream(in);
+        if (m_channels > 1)
+            return DocumentImage::fromPicture(m_picture);
+        switch (m_kind) {
+        case Kind::U8:
+            return DocumentImage::fromIndexes8(w, hgt, m_bytes);
+        case Kind::U32:
+            return DocumentImage::fromIndexes32(w, hgt, std::move(m_words));
+        case Kind::F32:
+            return DocumentImage::fromContinuous(w, hgt, std::move(m_floats));
+        }
+        return DocumentImage();
+    }
+
+private:
+    void stream(ArraySource &in)
+    {
+        const qint64 total = m_width * m_height * m_channels;
+        // Row-major cells in the machine's byte order are the image's own layout: copied as they are.
+        const bool asStored = !m_fortran && m_channels == 1 &&
+                              (m_kind == Kind::U8 || m_bigEndian == (QSysInfo::ByteOrder == QSysInfo::BigEndian));
+        const qint64 block = qint64(1) << 20;
+        std::vector<uchar> buffer(asStored ? 0 : size_t(block));
+        // The position of the next element: a, b, c are (y, x, channel) in C order and
+        // (y, x, channel) counted in the order (channel, x, y) slowest first in Fortran order.
+        qint64 y = 0, x = 0, c = 0;
+        for (qint64 done = 0; done < total;) {
+            const qint64 n = qMin(block / m_itemSize, total - done);
+            if (asStored) {
+                in.readExactly(reinterpret_cast<char *>(m_cells) + done * m_itemSize, n * m_itemSize, m_path);
+                done += n;
+                continue;
+            }
+            in.readExactly(reinterpret_cast<char *>(buffer.data()), n * m_itemSize, m_path);
+            const uchar *p = buffer.data();
+            for (qint64 i = 0; i < n; ++i, p += m_itemSize) {
+                place(y, x, c, p);
+                if (m_fortran) {
+                    if (++y == m_height) {
+                        y = 0;
+                        if (++x == m_width) {
+                            x = 0;
+                            ++c;
+                        }
+                    }
+                } else if (++c == m_channels) {
+                    c = 0;
+                    if (++x == m_width) {
+                        x = 0;
+                        ++y;
+                    }
+                }
+            }
+            done += n;
+        }
+    }
+
+    void place(qint64 y, qint64 x, qint64 c, const uchar *p)
+    {
+        const size_t at = size_t(y) * size_t(m_width) + size_t(x);
+        if (m_channels > 1) {
+            static const int shifts[4] = {16, 8, 0, 24}; // red, green, blue, alpha in an ARGB word
+            QRgb &pixel = reinterpret_cast<QRgb *>(m_picture.scanLine(int(y)))[x];
+            pixel = (pixel & ~(0xFFu << shifts[c])) | (QRgb(*p) << shifts[c]);
+        } else if (m_kind == Kind::U8) {
+            m_cells[at] = *p;
+        } else {
+            const quint32 v = loadValue<quint32>(p, m_bigEndian);
+            std::memcpy(m_cells + 4 * at, &v, 4);
+        }
+    }
+
+    Kind m_kind;
+    bool m_bigEndian;
+    bool m_fortran;
+    qint64 m_height;
+    qint64 m_width;
+    qint64 m_channels;
+    qint64 m_itemSize;
+    const QString &m_path;
+    QImage m_picture;
+    std::vector<uint8_t> m_bytes;
+    std::vector<uint32_t> m_words;
+    std::vector<float> m_floats;
+    uchar *m_cells = nullptr;
+};
+
+DocumentImage readNpy(ArraySource &in, const QString &path)
 {
-    ByteReader in(data, NumpyImage::readTitle(), path);
-    if (data.size() < npyMagicSize + 2 || std::memcmp(data.constData(), npyMagic, npyMagicSize) != 0)
+    char lead[8];
+    if (in.read(lead, 8) != 8 || std::memcmp(lead, npyMagic, npyMagicSize) != 0)
         failRead(QStringLiteral("'%1'\nis not a NumPy array file.").arg(path));
-    const int major = uchar(data[6]);
-    const int minor = uchar(data[7]);
+    const int major = uchar(lead[6]);
+    const int minor = uchar(lead[7]);
     if (major < 1 || major > 3 || minor != 0)
         failRead(QStringLiteral(
                      "The NumPy format version %1.%2 of\n'%3'\nis not supported (1.0, 2.0 and 3.0 are).")
                      .arg(major)
                      .arg(minor)
                      .arg(path));
-    in.skip(8);
-    const quint32 headerLength = major == 1 ? in.u16le() : in.u32le();
+    uchar length[4];
+    in.readExactly(reinterpret_cast<char *>(length), major == 1 ? 2 : 4, path);
+    const quint32 headerLength = major == 1 ? qFromLittleEndian<quint16>(length) : qFromLittleEndian<quint32>(length);
     if (headerLength > maxHeaderLength)
         failHeader(path, QStringLiteral("the header is %1 bytes long").arg(headerLength));
     // Version 3 headers are UTF-8, the older ones Latin-1; the keys and values we accept are ASCII
     // either way, and anything else fails the strict parse.
-    const QByteArray text = in.bytes(headerLength);
-    const ArrayHeader h = HeaderParser(text, path).parse();
+    QByteArray text(int(headerLength), '\0');
+    in.readExactly(text.data(), headerLength, path);
+    const NumpyArrayHeader h = NumpyHeader::parse(text, path, NumpyImage::readTitle());
 
     const QByteArray &d = h.descr;
     if (d.size() != 3 || !QByteArray("<>|=").contains(d[0]))
@@ -329,19 +324,35 @@ DocumentImage readNpy(const QByteArray &data, const QString &path)
         failUnsupported(path, h);
     if (h.shape[0] == 0 || h.shape[1] == 0)
         failRead(QStringLiteral("The array in\n'%1'\nis empty.").arg(path));
-    // Each dimension is below 2^31, so the products below cannot overflow 64 bits.
-    const qint64 pixels = h.shape[0] * h.shape[1];
-    if (pixels > NumpyImage::maxPixels)
-        failRead(QStringLiteral("The array in\n'%1'\nis too large for an image (%2 x %3).")
-                     .arg(path)
-                     .arg(h.shape[1])
-                     .arg(h.shape[0]));
-    const qint64 bytes = pixels * (rgbShape ? h.shape[2] : 1) * itemSize;
-    // The data must be there in full before anything is allocated for it.
-    if (bytes > in.remaining())
-        in.failTruncated();
-    const auto *src = reinterpret_cast<const uchar *>(data.constData()) + in.position();
-    return convert(src, h, kind, bigEndian, path);
+    if (!ImageLimits::fits(h.shape[1], h.shape[0]))
+        failRead(QStringLiteral("The array in\n'%1'\nis too large for an image.\n%2")
+                     .arg(path, ImageLimits::tooLarge(h.shape[1], h.shape[0])));
+    // Within the limits the products below stay far inside 64 bits.
+    const qint64 bytes = h.shape[0] * h.shape[1] * (rgbShape ? h.shape[2] : 1) * itemSize;
+    // Where the source knows its size, the data must be there in full before anything is allocated.
+    const qint64 left = in.remaining();
+    if (left >= 0 && bytes > left)
+        failTruncated(path);
+    return CellReader(h, kind, bigEndian, path).read(in);
+}
+
+DocumentImage readNpz(ZipMemberReader &zip, const QString &path)
+{
+    if (!zip.openMember(QStringLiteral(".npy")))
+        failRead(QStringLiteral("The archive\n'%1'\nholds no NumPy array (no member named *.npy).").arg(path));
+    MemberSource member(zip);
+    DocumentImage image = readNpy(member, path + QLatin1Char('/') + zip.memberName());
+    zip.finishMember();
+    return image;
+}
+
+template <typename Read> DocumentImage guardMemory(const QString &path, Read read)
+{
+    try {
+        return read();
+    } catch (const std::bad_alloc &) {
+        failRead(QStringLiteral("Not enough memory to read\n'%1'.").arg(path));
+    }
 }
 
 // --- writing ---------------------------------------------------------------------------------------
@@ -393,12 +404,19 @@ DocumentImage NumpyImage::read(const QString &path)
     QFile f(path);
     if (!f.open(QIODevice::ReadOnly))
         failRead(QStringLiteral("Could not open file '%1'.").arg(path));
-    if (f.size() > qint64(INT_MAX) - 1)
-        failRead(QStringLiteral("The file\n'%1'\nis too large.").arg(path));
-    const QByteArray data = f.readAll();
-    if (qint64(data.size()) != f.size())
-        failRead(QStringLiteral("Could not read file '%1'.").arg(path));
-    return fromBytes(data, path);
+    const QByteArray lead = f.peek(npyMagicSize);
+    if (lead.startsWith(QByteArray(npyMagic, npyMagicSize))) {
+        FileSource source(f, path);
+        return guardMemory(path, [&]() { return readNpy(source, path); });
+    }
+    if (lead.startsWith("PK")) {
+        f.close();
+        return guardMemory(path, [&]() {
+            const auto zip = ZipMemberReader::openFile(path, readTitle());
+            return readNpz(*zip, path);
+        });
+    }
+    failRead(QStringLiteral("'%1'\nis neither a NumPy array (.npy) nor a NumPy archive (.npz).").arg(path));
 }
 
 DocumentImage NumpyImage::fromBytes(const QByteArray &data, const QString &path)
@@ -412,25 +430,16 @@ DocumentImage NumpyImage::fromBytes(const QByteArray &data, const QString &path)
 
 DocumentImage NumpyImage::fromNpy(const QByteArray &data, const QString &path)
 {
-    try {
-        return readNpy(data, path);
-    } catch (const std::bad_alloc &) {
-        failRead(QStringLiteral("Not enough memory to read\n'%1'.").arg(path));
-    }
+    MemorySource source(data);
+    return guardMemory(path, [&]() { return readNpy(source, path); });
 }
 
 DocumentImage NumpyImage::fromNpz(const QByteArray &data, const QString &path)
 {
-    try {
-        const auto member = ZipArchive::findMember(data, QStringLiteral(".npy"), readTitle(), path);
-        if (!member)
-            failRead(
-                QStringLiteral("The archive\n'%1'\nholds no NumPy array (no member named *.npy).").arg(path));
-        const QByteArray npy = ZipArchive::memberData(data, *member, readTitle(), path);
-        return readNpy(npy, path + QLatin1Char('/') + member->name);
-    } catch (const std::bad_alloc &) {
-        failRead(QStringLiteral("Not enough memory to read\n'%1'.").arg(path));
-    }
+    return guardMemory(path, [&]() {
+        const auto zip = ZipMemberReader::openBytes(data, path, readTitle());
+        return readNpz(*zip, path);
+    });
 }
 
 QByteArray NumpyImage::toNpy(const DocumentImage &image)
@@ -495,10 +504,10 @@ QByteArray NumpyImage::toNpy(const DocumentImage &image)
 
 QByteArray NumpyImage::toNpz(const DocumentImage &image, Compression compression)
 {
-    return ZipArchive::singleMember(memberName, toNpy(image),
-                                    compression == Compression::Deflated ? ZipArchive::Method::Deflated
-                                                                         : ZipArchive::Method::Stored,
-                                    writeTitle());
+    return ZipMember::singleMember(memberName, toNpy(image),
+                                   compression == Compression::Deflated ? ZipMember::Method::Deflated
+                                                                        : ZipMember::Method::Stored,
+                                   writeTitle());
 }
 
 void NumpyImage::write(const DocumentImage &image, const QString &path, Compression compression)

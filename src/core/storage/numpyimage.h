@@ -11,8 +11,10 @@
 //   uint32  (H, W)                 indexed 32bit
 //   float32 (H, W)                 continuous
 //   uint8   (H, W, 3) or (H, W, 4) RGB, from RGB or RGBA channels
-// Either byte order and both C and Fortran order are read; anything else, and any damaged file,
-// throws DescribedException titled readTitle(). Read images are not rendered yet.
+// Either byte order and both C and Fortran order are read; anything else, any damaged file and any
+// array past ImageLimits throws DescribedException titled readTitle(), the last from the header,
+// before anything is allocated. Cells are read as they come, straight into the image: neither a
+// file nor an archive member is held whole. Read images are not rendered yet.
 class NumpyImage
 {
 public:
@@ -43,7 +45,4 @@ public:
 
     // Whether a file name has the .npy or .npz suffix, for the image dialogs.
     static bool isNumpyFileName(const QString &path);
-
-    // The most pixels an array may have: beyond it a picture no longer fits a QImage.
-    static constexpr qint64 maxPixels = qint64(1) << 28;
 };

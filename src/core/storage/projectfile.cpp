@@ -1,8 +1,11 @@
 #include "storage/projectfile.h"
 
-#include "palette/describedexception.h"
+#include "document/imagelimits.h"
 #include "formats/writefileatomically.h"
+#include "palette/describedexception.h"
+#include "storage/projectstream.h"
 
+#include <QBuffer>
 #include <QFile>
 #include <QFileInfo>
 #include <QtEndian>
@@ -22,11 +25,6 @@ const char *const paletteTag = "palette";
 const char *const imageTag = "image";
 const char *const selectionTag = "selection";
 
-QString loadTitle()
-{
-    return QStringLiteral("Could not load");
-}
-
 QString saveTitle()
 {
     return QStringLiteral("Could not save");
@@ -34,8 +32,7 @@ QString saveTitle()
 
 DescribedException loadFailure(const QString &fileName, const QString &reason)
 {
-    return DescribedException(loadTitle(),
-                              QStringLiteral("Cannot load project %1.\n").arg(fileName) + reason);
+    return projectLoadFailure(fileName, reason);
 }
 
 DescribedException tagMismatch(const QString &fileName, const char *tag)
@@ -44,71 +41,6 @@ DescribedException tagMismatch(const QString &fileName, const char *tag)
         fileName,
         QStringLiteral("The file does not match the format.\nExpected '%1'.").arg(QLatin1String(tag)));
 }
-
-DescribedException tooLargeToLoad(const QString &fileName, qint64 limit)
-{
-    return loadFailure(fileName,
-                       QStringLiteral("The uncompressed project is larger than %1 bytes.").arg(limit));
-}
-
-// Reads the uncompressed project. Running into the end of the data is not an error by itself:
-// from there on every string reads as empty and every number as zero, so the next section tag
-// fails its comparison, and the caller never has to handle half a value.
-class ProjectReader
-{
-public:
-    explicit ProjectReader(const QByteArray &data) : m_data(data) {}
-
-    qint64 remaining() const { return qint64(m_data.size()) - m_pos; }
-    bool ranOut() const { return m_ranOut; }
-
-    QByteArray string()
-    {
-        const int end = m_ranOut ? -1 : m_data.indexOf('\0', int(m_pos));
-        if (end < 0) {
-            runOut();
-            return {};
-        }
-        const QByteArray text = m_data.mid(int(m_pos), end - int(m_pos));
-        m_pos = qint64(end) + 1;
-        return text;
-    }
-
-    quint8 u8()
-    {
-        const uchar *p = take(1);
-        return p ? *p : 0;
-    }
-
-    quint32 u32()
-    {
-        const uchar *p = take(4);
-        return p ? qFromBigEndian<quint32>(p) : 0;
-    }
-
-    // n bytes the caller has checked against remaining().
-    const uchar *take(qint64 n)
-    {
-        if (m_ranOut || n > remaining()) {
-            runOut();
-            return nullptr;
-        }
-        const uchar *p = reinterpret_cast<const uchar *>(m_data.constData()) + m_pos;
-        m_pos += n;
-        return p;
-    }
-
-private:
-    void runOut()
-    {
-        m_pos = m_data.size();
-        m_ranOut = true;
-    }
-
-    const QByteArray &m_data;
-    qint64 m_pos = 0;
-    bool m_ranOut = false;
-};
 
 class ProjectWriter
 {
@@ -122,6 +54,10 @@ public:
         const int nul = bytes.indexOf('\0');
         if (nul >= 0)
             bytes.truncate(nul);
+        // What the reader would refuse is not written.
+        if (bytes.size() > ProjectFile::maxTextBytes)
+            throw DescribedException(saveTitle(), QStringLiteral("A text of the project is longer than %1 bytes.")
+                                                      .arg(ProjectFile::maxTextBytes));
         m_out += bytes;
         m_out += '\0';
     }
@@ -143,16 +79,6 @@ private:
 int bytesPerPixel(int mode)
 {
     return mode == DocumentImage::Indexed8 ? 1 : 4;
-}
-
-// Whether a picture of this size can exist: the image view and the renderers need one for every mode,
-// and the 8-bit pixels are kept with rows padded to four bytes.
-bool fitsPicture(quint64 width, quint64 height, int mode)
-{
-    if (width == 0 || height == 0 || width > quint64(INT_MAX - 31) / 32 || height > quint64(INT_MAX))
-        return false;
-    const quint64 stride = mode == DocumentImage::Indexed8 ? (width + 3) & ~quint64(3) : width * 4;
-    return stride * height <= quint64(INT_MAX);
 }
 
 void appendPixels(QByteArray &out, const DocumentImage &image)
@@ -198,51 +124,103 @@ void appendPixels(QByteArray &out, const DocumentImage &image)
     }
 }
 
-DocumentImage buildImage(int mode, int width, int height, bool interpolate, const uchar *src)
+QByteArray readText(ProjectReader &in, const QString &fileName)
 {
-    const size_t cells = size_t(width) * size_t(height);
+    bool tooLong = false;
+    const QByteArray text = in.string(ProjectFile::maxTextBytes, &tooLong);
+    if (tooLong)
+        throw loadFailure(fileName,
+                          QStringLiteral("A text in the file is longer than %1 bytes.").arg(ProjectFile::maxTextBytes));
+    return text;
+}
+
+// Reads count items of type T as the data comes: the vector grows with what is there, so a file
+// that claims more than it holds costs no more than what it holds. Fewer items mean the data ran out.
+template <typename T> std::vector<T> readItems(ProjectReader &in, quint64 count, qint64 itemBytes,
+                                               void (*decode)(const uchar *, T &))
+{
+    std::vector<T> items;
+    std::vector<uchar> block(size_t(itemBytes) << 14);
+    const quint64 perBlock = quint64(1) << 14;
+    while (items.size() < count) {
+        const quint64 n = qMin<quint64>(perBlock, count - items.size());
+        const qint64 got = in.bytes(reinterpret_cast<char *>(block.data()), qint64(n) * itemBytes);
+        const size_t whole = size_t(got / itemBytes);
+        if (items.size() + whole > items.capacity())
+            items.reserve(size_t(qMin<quint64>(count, qMax<quint64>(2 * items.capacity(), quint64(1) << 20))));
+        const uchar *p = block.data();
+        for (size_t i = 0; i < whole; ++i, p += itemBytes) {
+            items.emplace_back();
+            decode(p, items.back());
+        }
+        if (got < qint64(n) * itemBytes)
+            break;
+    }
+    return items;
+}
+
+void decodeByte(const uchar *p, uint8_t &v)
+{
+    v = *p;
+}
+void decodeWord(const uchar *p, uint32_t &v)
+{
+    v = qFromLittleEndian<quint32>(p);
+}
+void decodeFloat(const uchar *p, float &v)
+{
+    const quint32 bits = qFromLittleEndian<quint32>(p);
+    std::memcpy(&v, &bits, 4);
+}
+void decodeEntry(const uchar *p, RGBAColor<uint> &c)
+{
+    c.r = qFromBigEndian<quint32>(p);
+    c.g = qFromBigEndian<quint32>(p + 4);
+    c.b = qFromBigEndian<quint32>(p + 8);
+    c.a = qFromBigEndian<quint32>(p + 12);
+}
+
+// The image of the stored pixels, or a null image when the data ran out among them.
+DocumentImage readPixels(ProjectReader &in, int mode, int width, int height, bool interpolate)
+{
+    const quint64 cells = quint64(width) * quint64(height);
     DocumentImage image;
     switch (mode) {
     case DocumentImage::RGB: {
+        std::vector<uint32_t> argb = readItems<uint32_t>(in, cells, 4, decodeWord);
+        if (argb.size() < cells)
+            return image;
         QImage picture(width, height, QImage::Format_ARGB32);
         if (picture.isNull())
             throw std::bad_alloc();
-        for (int y = 0; y < height; ++y) {
-            QRgb *row = reinterpret_cast<QRgb *>(picture.scanLine(y));
-            for (int x = 0; x < width; ++x, src += 4)
-                row[x] = qFromLittleEndian<quint32>(src);
-        }
+        for (int y = 0; y < height; ++y)
+            std::memcpy(picture.scanLine(y), argb.data() + size_t(y) * size_t(width), size_t(width) * 4);
+        argb = {};
         image = DocumentImage::fromPicture(picture);
-        image.setInterpolate(interpolate);
         break;
     }
-    case DocumentImage::Indexed8:
-        image = DocumentImage::fromIndexes8(width, height, std::vector<uint8_t>(src, src + cells));
-        image.setInterpolate(interpolate);
+    case DocumentImage::Indexed8: {
+        const std::vector<uint8_t> indexes = readItems<uint8_t>(in, cells, 1, decodeByte);
+        if (indexes.size() == cells)
+            image = DocumentImage::fromIndexes8(width, height, indexes);
         break;
+    }
     case DocumentImage::Indexed32: {
-        std::vector<uint32_t> values(cells);
-        for (uint32_t &v : values) {
-            v = qFromLittleEndian<quint32>(src);
-            src += 4;
-        }
-        image = DocumentImage::fromIndexes32(width, height, std::move(values));
-        image.setInterpolate(interpolate);
+        std::vector<uint32_t> values = readItems<uint32_t>(in, cells, 4, decodeWord);
+        if (values.size() == cells)
+            image = DocumentImage::fromIndexes32(width, height, std::move(values));
         break;
     }
     case DocumentImage::Continuous: {
-        std::vector<float> values(cells);
-        for (float &v : values) {
-            const quint32 bits = qFromLittleEndian<quint32>(src);
-            std::memcpy(&v, &bits, 4);
-            src += 4;
-        }
-        image = DocumentImage::fromContinuous(width, height, std::move(values), interpolate);
-        break;
+        std::vector<float> values = readItems<float>(in, cells, 4, decodeFloat);
+        if (values.size() == cells)
+            image = DocumentImage::fromContinuous(width, height, std::move(values), interpolate);
+        return image;
     }
     default:
         break;
     }
+    image.setInterpolate(interpolate);
     return image;
 }
 
@@ -258,18 +236,85 @@ void readImageSection(ProjectReader &in, ProjectData &data, const QString &fileN
     const bool interpolate = in.u8() != 0;
     if (in.ranOut())
         throw tagMismatch(fileName, selectionTag);
-    // Pixels the data cannot hold mean the file ends inside them: everything after reads as empty,
-    // which fails at the selection tag. Deciding that up front costs no allocation.
-    const int bpp = bytesPerPixel(mode);
-    if (width != 0 && height != 0 && quint64(width) * height > quint64(in.remaining()) / quint64(bpp))
-        throw tagMismatch(fileName, selectionTag);
-    if (!fitsPicture(width, height, mode))
+    if (width == 0 || height == 0)
         throw loadFailure(fileName,
                           QStringLiteral("The image size %1 x %2 is not supported.").arg(width).arg(height));
-    const uchar *pixels = in.take(qint64(width) * height * bpp);
-    data.image = buildImage(mode, int(width), int(height), interpolate, pixels);
-    data.imageFileName = QString::fromLocal8Bit(in.string());
+    // The size is weighed before a single pixel is read.
+    if (!ImageLimits::fits(width, height))
+        throw loadFailure(fileName, ImageLimits::tooLarge(width, height));
+    data.image = readPixels(in, mode, int(width), int(height), interpolate);
+    // Pixels the data does not hold mean the file ends inside them: everything after reads as
+    // empty, which fails at the selection tag.
+    if (data.image.isNull())
+        throw tagMismatch(fileName, selectionTag);
+    data.imageFileName = QString::fromLocal8Bit(readText(in, fileName));
     data.imageModified = in.u8() != 0;
+}
+
+ProjectData decodeFrom(ProjectReader &in, const QString &fileName)
+{
+    const auto expectTag = [&](const char *tag) {
+        if (!in.tag(tag))
+            throw tagMismatch(fileName, tag);
+    };
+
+    ProjectData data;
+    expectTag(magic);
+    data.version = QString::fromLocal8Bit(readText(in, fileName));
+
+    expectTag(settingsTag);
+    in.u32(); // reserved
+    data.builtinIndex = in.u32();
+
+    expectTag(paletteTag);
+    const quint32 count = in.u32();
+    if (count > quint32(ProjectFile::maxPaletteEntries))
+        throw loadFailure(fileName, QStringLiteral("The palette has %1 entries; a project holds at most %2.")
+                                        .arg(count)
+                                        .arg(ProjectFile::maxPaletteEntries));
+    std::vector<RGBAColor<uint>> entries = readItems<RGBAColor<uint>>(in, count, 16, decodeEntry);
+    // Fewer entries than claimed: the file ends among them and fails at the image tag.
+    if (entries.size() < count)
+        throw tagMismatch(fileName, imageTag);
+    data.palette = Palette<uint>(std::move(entries));
+    data.palette.setProperty(PaletteName, QString::fromLocal8Bit(readText(in, fileName)));
+    data.palette.setProperty(PaletteFile, QString::fromLocal8Bit(readText(in, fileName)));
+    data.palette.setProperty(PaletteComment, QString::fromLocal8Bit(readText(in, fileName)));
+    data.paletteFileName = QString::fromLocal8Bit(readText(in, fileName));
+    data.paletteModified = in.u8() != 0;
+    data.fixedPaletteSize = in.u8() != 0;
+    const quint32 fill = in.u32();
+    data.fillColor = {((fill >> 16) & 0xFF) << 8, ((fill >> 8) & 0xFF) << 8, (fill & 0xFF) << 8, 65535};
+
+    expectTag(imageTag);
+    readImageSection(in, data, fileName);
+
+    expectTag(selectionTag);
+    const quint32 selected = in.u32();
+    // No tag follows the selection to catch a cut, so its end is checked here.
+    if (in.ranOut())
+        throw loadFailure(fileName, QStringLiteral("The file ends inside the selection."));
+    for (quint32 i = 0; i < selected; ++i) {
+        const quint32 index = in.u32();
+        if (in.ranOut())
+            throw loadFailure(fileName, QStringLiteral("The file ends inside the selection."));
+        if (index >= quint32(data.palette.size()))
+            throw loadFailure(fileName,
+                              QStringLiteral("The selection names entry %1, but the palette has %2 entries.")
+                                  .arg(index)
+                                  .arg(data.palette.size()));
+        data.selection.insert(int(index));
+    }
+    return data;
+}
+
+template <typename Decode> ProjectData guardMemory(const QString &fileName, Decode decode)
+{
+    try {
+        return decode();
+    } catch (const std::bad_alloc &) {
+        throw loadFailure(fileName, QStringLiteral("There is not enough memory."));
+    }
 }
 
 } // namespace
@@ -301,9 +346,14 @@ QByteArray ProjectFile::encode(const ProjectData &data)
                                  .arg(index)
                                  .arg(palette.size()));
     const DocumentImage &image = data.image;
-    // Pixels dominate the size; a few megabytes cover every string and the palette of any real project.
-    const qint64 fixedPart =
-        qint64(palette.size()) * 16 + qint64(data.selection.size()) * 4 + (qint64(1) << 24);
+    // Whatever is written must read back: the limits of the reader hold for the writer too.
+    if (!image.isNull() && !ImageLimits::fits(image.width(), image.height()))
+        throw DescribedException(saveTitle(), ImageLimits::tooLarge(image.width(), image.height()));
+    if (palette.size() > maxPaletteEntries)
+        throw DescribedException(saveTitle(), QStringLiteral("The palette has %1 entries; a project holds at most %2.")
+                                                  .arg(palette.size())
+                                                  .arg(maxPaletteEntries));
+    const qint64 fixedPart = qint64(palette.size()) * 16 + qint64(data.selection.size()) * 4 + 6 * maxTextBytes;
     const qint64 pixelSize =
         image.isNull() ? 0 : qint64(image.width()) * image.height() * bytesPerPixel(image.mode());
     if (fixedPart + pixelSize > maxUncompressedSize)
@@ -355,64 +405,9 @@ QByteArray ProjectFile::encode(const ProjectData &data)
 
 ProjectData ProjectFile::decode(const QByteArray &uncompressed, const QString &fileName)
 {
-    ProjectReader in(uncompressed);
-    const auto expectTag = [&](const char *tag) {
-        if (in.string() != tag)
-            throw tagMismatch(fileName, tag);
-    };
-
-    ProjectData data;
-    try {
-        expectTag(magic);
-        data.version = QString::fromLocal8Bit(in.string());
-
-        expectTag(settingsTag);
-        in.u32(); // reserved
-        data.builtinIndex = in.u32();
-
-        expectTag(paletteTag);
-        const quint32 count = in.u32();
-        // More entries than the data holds: the file ends among them and fails at the image tag.
-        if (count > quint64(in.remaining()) / 16)
-            throw tagMismatch(fileName, imageTag);
-        std::vector<RGBAColor<uint>> entries(count);
-        for (auto &c : entries) {
-            c.r = in.u32();
-            c.g = in.u32();
-            c.b = in.u32();
-            c.a = in.u32();
-        }
-        data.palette = Palette<uint>(std::move(entries));
-        data.palette.setProperty(PaletteName, QString::fromLocal8Bit(in.string()));
-        data.palette.setProperty(PaletteFile, QString::fromLocal8Bit(in.string()));
-        data.palette.setProperty(PaletteComment, QString::fromLocal8Bit(in.string()));
-        data.paletteFileName = QString::fromLocal8Bit(in.string());
-        data.paletteModified = in.u8() != 0;
-        data.fixedPaletteSize = in.u8() != 0;
-        const quint32 fill = in.u32();
-        data.fillColor = {((fill >> 16) & 0xFF) << 8, ((fill >> 8) & 0xFF) << 8, (fill & 0xFF) << 8, 65535};
-
-        expectTag(imageTag);
-        readImageSection(in, data, fileName);
-
-        expectTag(selectionTag);
-        const quint32 selected = in.u32();
-        // No tag follows the selection to catch a cut, so its end is checked here.
-        if (in.ranOut() || selected > quint64(in.remaining()) / 4)
-            throw loadFailure(fileName, QStringLiteral("The file ends inside the selection."));
-        for (quint32 i = 0; i < selected; ++i) {
-            const quint32 index = in.u32();
-            if (index >= quint32(data.palette.size()))
-                throw loadFailure(
-                    fileName, QStringLiteral("The selection names entry %1, but the palette has %2 entries.")
-                                  .arg(index)
-                                  .arg(data.palette.size()));
-            data.selection.insert(int(index));
-        }
-    } catch (const std::bad_alloc &) {
-        throw loadFailure(fileName, QStringLiteral("There is not enough memory."));
-    }
-    return data;
+    MemoryInput input(uncompressed);
+    ProjectReader in(input);
+    return guardMemory(fileName, [&]() { return decodeFrom(in, fileName); });
 }
 
 QByteArray ProjectFile::gzip(const QByteArray &bytes)
@@ -445,45 +440,18 @@ QByteArray ProjectFile::gzip(const QByteArray &bytes)
 
 QByteArray ProjectFile::gunzip(const QByteArray &bytes, const QString &fileName, qint64 limit)
 {
-    const auto isGzip = [](const Bytef *p, uInt n) { return n >= 2 && p[0] == 0x1f && p[1] == 0x8b; };
-    const Bytef *start = reinterpret_cast<const Bytef *>(bytes.constData());
-    if (!isGzip(start, uInt(bytes.size()))) {
-        if (bytes.size() > limit)
-            throw tooLargeToLoad(fileName, limit);
-        return bytes;
-    }
-
-    z_stream z{};
-    if (inflateInit2(&z, MAX_WBITS + 32) != Z_OK)
-        throw loadFailure(fileName, QStringLiteral("The decompressor could not be started."));
-    z.next_in = const_cast<Bytef *>(start);
-    z.avail_in = uInt(bytes.size());
+    QBuffer device;
+    device.setData(bytes);
+    device.open(QIODevice::ReadOnly);
+    GzipInput input(device, fileName, limit);
     QByteArray out;
     std::vector<char> chunk(1 << 16);
-    try {
-        for (;;) {
-            z.next_out = reinterpret_cast<Bytef *>(chunk.data());
-            z.avail_out = uInt(chunk.size());
-            const int result = inflate(&z, Z_NO_FLUSH);
-            const int produced = int(chunk.size() - z.avail_out);
-            if (qint64(out.size()) + produced > limit)
-                throw tooLargeToLoad(fileName, limit);
-            out.append(chunk.data(), produced);
-            if (result == Z_STREAM_END) {
-                // Another member continues the stream; anything else after a member is ignored.
-                if (!isGzip(z.next_in, z.avail_in) || inflateReset(&z) != Z_OK)
-                    break;
-                continue;
-            }
-            // A damaged or cut stream keeps what came before the damage: the data then ends early.
-            if (result != Z_OK)
-                break;
-        }
-    } catch (...) {
-        inflateEnd(&z);
-        throw;
+    for (;;) {
+        const qint64 got = input.read(chunk.data(), qint64(chunk.size()));
+        if (got <= 0)
+            break;
+        out.append(chunk.data(), int(got));
     }
-    inflateEnd(&z);
     return out;
 }
 
@@ -504,21 +472,23 @@ void ProjectFile::write(const QString &path, const ProjectData &data)
 
 ProjectData ProjectFile::read(const QString &path)
 {
-    const QString name = QFileInfo(path).fileName();
-    QByteArray raw;
     QFile file(path);
-    if (file.open(QIODevice::ReadOnly)) {
-        // Sequential files report no size, so the bound is kept while reading as well.
-        if (file.size() > maxUncompressedSize)
-            throw tooLargeToLoad(name, maxUncompressedSize);
-        for (;;) {
-            const QByteArray chunk = file.read(1 << 20);
-            if (chunk.isEmpty())
-                break;
-            if (qint64(raw.size()) + chunk.size() > maxUncompressedSize)
-                throw tooLargeToLoad(name, maxUncompressedSize);
-            raw += chunk;
-        }
-    }
-    return decode(gunzip(raw, name), name);
+    // A file that cannot be opened reads as empty.
+    QBuffer empty;
+    if (file.open(QIODevice::ReadOnly))
+        return read(file, QFileInfo(path).fileName());
+    empty.open(QIODevice::ReadOnly);
+    return read(empty, QFileInfo(path).fileName());
+}
+
+ProjectData ProjectFile::read(QIODevice &device, const QString &fileName)
+{
+    GzipInput input(device, fileName, maxUncompressedSize);
+    ProjectReader in(input);
+    return guardMemory(fileName, [&]() {
+        ProjectData data = decodeFrom(in, fileName);
+        // What follows the selection is not read, but a damaged member is refused all the same.
+        input.finish();
+        return data;
+    });
 }

@@ -4,6 +4,7 @@
 #include "palette/palette.h"
 
 #include <QByteArray>
+#include <QIODevice>
 #include <QString>
 
 #include <set>
@@ -27,18 +28,25 @@ struct ProjectData
 
 // Reading and writing Chromaxis project files (*.cxw): a gzip stream around a fixed sequence of
 // strings, big-endian integers and raw pixel cells. Every failure is a DescribedException; reading
-// builds a fresh ProjectData, so nothing of a bad file reaches the document.
+// builds a fresh ProjectData, so nothing of a bad file reaches the document. Reading inflates the
+// file as it parses it: a wrong header is refused after its first bytes, each claim is weighed
+// before anything is allocated for it, memory grows only with the data that is really there, and
+// the checksum and length of every gzip member are checked.
 class ProjectFile
 {
 public:
     // The version text written into every project.
     static QString currentVersion();
-    // Bound on the uncompressed project and on the file itself: a hostile gzip stream stops there,
-    // and the bytes stay within what one QByteArray holds.
-    static constexpr qint64 maxUncompressedSize = qint64(0x7F000000);
+    // What a project may hold, on reading and on writing alike, so that whatever is written reads
+    // back. Images are bound by ImageLimits; no real palette or text comes near these.
+    static constexpr int maxPaletteEntries = 1 << 24;
+    static constexpr int maxTextBytes = 1 << 24;
+    // Bound on the uncompressed project, above the largest image, palette and texts together: a
+    // hostile gzip stream stops there.
+    static constexpr qint64 maxUncompressedSize = qint64(1) << 30;
 
     // The uncompressed bytes of a project. Throws "Could not save" for a selection outside the
-    // palette or a project larger than maxUncompressedSize.
+    // palette or anything past the limits above.
     static QByteArray encode(const ProjectData &data);
     // Parses uncompressed bytes; fileName goes into the messages. Data that ends early reads as
     // empty strings and zeros and so fails at the next section tag.
@@ -51,8 +59,8 @@ public:
     static QByteArray gzip(const QByteArray &bytes);
     // The uncompressed contents of a file: concatenated gzip members are joined, data after the
     // last member is ignored, and data that is not gzip-compressed comes back unchanged. A damaged
-    // stream yields what could be inflated before the damage. Throws when the result would
-    // exceed limit bytes.
+    // or cut stream, a checksum or length that does not match, and a result of more than limit
+    // bytes throw the project load message with the reason.
     static QByteArray gunzip(const QByteArray &bytes, const QString &fileName,
                              qint64 limit = maxUncompressedSize);
 
@@ -60,4 +68,6 @@ public:
     static void write(const QString &path, const ProjectData &data);
     // Reads and decodes path. A file that cannot be opened reads as empty and so fails at the magic.
     static ProjectData read(const QString &path);
+    // Reads a device opened for reading as it comes; fileName goes into the messages.
+    static ProjectData read(QIODevice &device, const QString &fileName);
 };

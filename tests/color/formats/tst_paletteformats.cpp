@@ -3,6 +3,7 @@
 #include "paletteformattesting.h"
 
 #include <QTemporaryDir>
+#include <QTextCodec>
 #include <QtTest>
 
 #include <gd.h>
@@ -30,6 +31,8 @@ private slots:
     void roundTrip();
     void fixtures_data();
     void fixtures();
+    void textEncodings_data();
+    void textEncodings();
     void gifLayout_data();
     void gifLayout();
     void exportOptions_data();
@@ -287,6 +290,63 @@ void TestPaletteFormats::fixtures()
     QVERIFY(importChecked(fixture(file), p, format));
     QCOMPARE(colorsOf(p), colors);
     QCOMPARE(p.property(PaletteName), name);
+}
+
+void TestPaletteFormats::textEncodings_data()
+{
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<int>("format");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QByteArray>("encoding");
+    QTest::addColumn<int>("count");
+    const QString jasc = "JASC-PAL\r\n0100\r\n3\r\n255 128 7\r\n0 0 0\r\n12 34 56\r\n";
+    // A comment line longer than one block of reading: lines are joined across blocks.
+    const QString gimp = "GIMP Palette\n# " + QString(70000, QChar(0x00FC)) + "\n255 128 7 a\n0 0 0\n12 34 56 c";
+    const QString fractint = "255 128 7 \xFC\n0 0 0\n12 34 56\n";
+    const QString hexLines = "ff8007\n000000\n0c2238\n";
+    const QString hexOne = "ff80070000000c2238\n";
+    for (const char *encoding : {"UTF-8", "UTF-8 BOM", "UTF-16LE", "UTF-16BE", "UTF-32LE"}) {
+        QTest::addRow("gimp %s", encoding) << "a.gpl" << 1 << gimp << QByteArray(encoding) << 3;
+        QTest::addRow("fractint %s", encoding) << "a.map" << 3 << fractint << QByteArray(encoding) << 3;
+        QTest::addRow("hex lines %s", encoding) << "a.hextxt" << 9 << hexLines << QByteArray(encoding) << 3;
+        QTest::addRow("hex one line %s", encoding) << "a.hex" << 10 << hexOne << QByteArray(encoding) << 3;
+        QTest::addRow("jasc %s", encoding) << "a.pal" << 11 << jasc << QByteArray(encoding) << 3;
+        // Under the RIFF palette's suffix, the content decides, in any encoding.
+        QTest::addRow("jasc as .pal %s", encoding) << "b.pal" << 4 << jasc << QByteArray(encoding) << 3;
+    }
+}
+
+// Every text palette reads the same in UTF-8 and in the encodings a byte order mark announces.
+void TestPaletteFormats::textEncodings()
+{
+    QFETCH(QString, file);
+    QFETCH(int, format);
+    QFETCH(QString, text);
+    QFETCH(QByteArray, encoding);
+    QFETCH(int, count);
+    QByteArray bytes;
+    if (encoding == "UTF-8" || encoding == "UTF-8 BOM") {
+        bytes = (encoding == "UTF-8 BOM" ? QByteArray("\xEF\xBB\xBF") : QByteArray()) + text.toUtf8();
+    } else {
+        QTextCodec *codec = QTextCodec::codecForName(encoding);
+        QVERIFY(codec);
+        // The codec's own encoder writes no mark for an explicit byte order; the mark is added here.
+        const QByteArray mark = encoding == "UTF-16LE"   ? QByteArray("\xFF\xFE")
+                                : encoding == "UTF-16BE" ? QByteArray("\xFE\xFF")
+                                                         : QByteArray("\xFF\xFE\0\0", 4);
+        QTextCodec::ConverterState state(QTextCodec::IgnoreHeader);
+        bytes = mark + codec->fromUnicode(text.constData(), text.size(), &state);
+    }
+    const QString path = m_dir.filePath(file);
+    QFile f(path);
+    QVERIFY(f.open(QIODevice::WriteOnly));
+    f.write(bytes);
+    f.close();
+    Palette<uint> p;
+    QVERIFY(importChecked(path, p, format));
+    QCOMPARE(p.size(), count);
+    const uint o = 65535;
+    QCOMPARE(colorsOf(p), (Colors{{65280, 32768, 1792, o}, {0, 0, 0, o}, {3072, 8704, 14336, o}}));
 }
 
 void TestPaletteFormats::gifLayout_data()

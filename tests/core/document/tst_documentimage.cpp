@@ -1,6 +1,7 @@
 #include "document/chromaxisdocument.h"
 #include "palette/describedexception.h"
 #include "document/documentimage.h"
+#include "document/imagelimits.h"
 #include "document/imagerender.h"
 
 #include <QTemporaryDir>
@@ -50,6 +51,9 @@ private slots:
     void pictureLoadsIntoModes_data();
     void pictureLoadsIntoModes();
     void copiesAreIndependent();
+    void sizesPastTheLimit_data();
+    void sizesPastTheLimit();
+    void unbuildablePictureIsNotDrawn();
     void distinctColoursOrder();
     void builtinListWalk_data();
     void builtinListWalk();
@@ -263,6 +267,56 @@ void TestDocumentImage::copiesAreIndependent()
     QVERIFY(!a.interpolate());
     QCOMPARE(b.continuousCells(), a.continuousCells());
     QCOMPARE(b.mode(), 4);
+}
+
+void TestDocumentImage::sizesPastTheLimit_data()
+{
+    QTest::addColumn<int>("width");
+    QTest::addColumn<int>("height");
+    QTest::addColumn<bool>("fits");
+    QTest::newRow("largest") << (1 << 14) << (1 << 13) << true;
+    QTest::newRow("one row more") << (1 << 14) << (1 << 13) + 1 << false;
+    QTest::newRow("widest") << (1 << 18) << 512 << true;
+    QTest::newRow("one column wider") << (1 << 18) + 1 << 1 << false;
+    QTest::newRow("tallest") << 1 << (1 << 18) << true;
+    QTest::newRow("one row taller") << 1 << (1 << 18) + 1 << false;
+}
+
+// A picture past the one image limit becomes no image, however it came: the window and every
+// command then say why instead of showing nothing. Mono pictures keep the test's memory small.
+void TestDocumentImage::sizesPastTheLimit()
+{
+    QFETCH(int, width);
+    QFETCH(int, height);
+    QFETCH(bool, fits);
+    QCOMPARE(ImageLimits::fits(width, height), fits);
+    if (fits)
+        return;
+    QImage picture(width, height, QImage::Format_Mono);
+    QVERIFY(!picture.isNull());
+    QVERIFY(DocumentImage::fromPicture(picture).isNull());
+    QCOMPARE(ImageLimits::tooLarge(width, height),
+             QString("The image is %1 x %2 pixels; at most 134217728 pixels, 262144 a side, can be opened.")
+                 .arg(width)
+                 .arg(height));
+}
+
+// The renderers leave a picture that cannot exist null and write nothing: the cells past the first
+// row are never looked at, so a single cell stands for the row.
+void TestDocumentImage::unbuildablePictureIsNotDrawn()
+{
+    const Palette<uint> palette(std::vector<RGBAColor<uint>>{{65535, 0, 0, 65535}, {0, 0, 65535, 65535}});
+    const uint32_t index = 1;
+    const float value = 40000.0f;
+    QImage out(2, 2, QImage::Format_ARGB32);
+    renderIndexed32(&index, 1 << 26, 1, palette, out);
+    QVERIFY(out.isNull());
+    out = QImage(2, 2, QImage::Format_ARGB32);
+    renderContinuous(&value, 1 << 26, 1, palette, true, out);
+    QVERIFY(out.isNull());
+    // The same calls at a size that exists draw as ever.
+    renderIndexed32(&index, 1, 1, palette, out);
+    QCOMPARE(out.pixel(0, 0), qRgb(0, 0, 255));
 }
 
 void TestDocumentImage::distinctColoursOrder()

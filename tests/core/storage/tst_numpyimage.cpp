@@ -354,6 +354,9 @@ void TestNumpyImage::readsHandBuiltArrays_data()
     ZipMember wide = deflated;
     wide.zip64 = true;
     QTest::newRow("npz zip64 sizes") << zip({wide}) << 3 << 3 << 1 << plainValues;
+    ZipMember tail = deflated;
+    tail.data += QByteArray(1000, 'x');
+    QTest::newRow("npz with data after the array") << zip({tail}) << 3 << 3 << 1 << plainValues;
 }
 
 void TestNumpyImage::readsHandBuiltArrays()
@@ -363,11 +366,19 @@ void TestNumpyImage::readsHandBuiltArrays()
     QFETCH(int, width);
     QFETCH(int, height);
     QFETCH(QVector<quint64>, expected);
-    const DocumentImage img = NumpyImage::fromBytes(data, "hand-built");
-    QCOMPARE(img.mode(), mode);
-    QCOMPARE(img.width(), width);
-    QCOMPARE(img.height(), height);
-    QCOMPARE(pixels(img), expected);
+    // The same from memory and from a file, which is read as it comes.
+    QTemporaryDir dir;
+    const QString file = dir.filePath(data.startsWith("PK") ? "a.npz" : "a.npy");
+    QFile f(file);
+    QVERIFY(f.open(QIODevice::WriteOnly));
+    f.write(data);
+    f.close();
+    for (const DocumentImage &img : {NumpyImage::fromBytes(data, "hand-built"), NumpyImage::read(file)}) {
+        QCOMPARE(img.mode(), mode);
+        QCOMPARE(img.width(), width);
+        QCOMPARE(img.height(), height);
+        QCOMPARE(pixels(img), expected);
+    }
 }
 
 void TestNumpyImage::archivePicksFirstArray()
@@ -436,6 +447,18 @@ void TestNumpyImage::rejectsBadInput_data()
     QTest::newRow("no rows") << u8("(0, 3)") << "is empty";
     QTest::newRow("no columns") << u8("(3, 0)") << "is empty";
     QTest::newRow("too many pixels") << u8("(100000, 100000)") << "too large for an image";
+    // Sizes are weighed against the one image limit before the data is looked at: these hold six bytes.
+    const QString limit = "too large for an image.\nThe image is %1 x %2 pixels; at most 134217728 pixels, 262144 "
+                          "a side, can be opened.";
+    QTest::newRow("a row wider than any picture, uint32")
+        << npy(dict("<u4", "(1, 67108864)"), six) << limit.arg(67108864).arg(1);
+    QTest::newRow("a row wider than any picture, float32")
+        << npy(dict("<f4", "(1, 67108864)"), six) << limit.arg(67108864).arg(1);
+    QTest::newRow("one pixel past the limit") << u8("(8193, 16384)") << limit.arg(16384).arg(8193);
+    QTest::newRow("one pixel past the side") << u8("(1, 262145)") << limit.arg(262145).arg(1);
+    QTest::newRow("largest image, six bytes of it") << u8("(8192, 16384)") << "Unexpected end of file";
+    QTest::newRow("largest rgba image, six bytes of it")
+        << npy(dict("|u1", "(8192, 16384, 4)"), six) << "Unexpected end of file";
     QTest::newRow("truncated data") << npy(dict("<u4", "(2, 3)"), QByteArray(20, 0))
                                     << "Unexpected end of file";
     QTest::newRow("truncated rgb") << npy(dict("|u1", "(2, 2, 4)"), QByteArray(15, 0))
@@ -463,7 +486,8 @@ void TestNumpyImage::rejectsBadInput_data()
     QTest::newRow("deflated size too big") << zip({deflatedLong}) << "does not decompress";
     ZipMember deflatedShort = deflatedLong;
     deflatedShort.sizeDelta = -1;
-    QTest::newRow("deflated size too small") << zip({deflatedShort}) << "does not decompress";
+    // The directory promises less than the array needs: refused before anything is allocated.
+    QTest::newRow("deflated size too small") << zip({deflatedShort}) << "Unexpected end of file in\n'bad.npy/a.npy'";
     ZipMember bomb{"a.npy", plain};
     bomb.method = 8;
     bomb.sizeDelta = 100000000;
@@ -478,7 +502,14 @@ void TestNumpyImage::rejectsBadInput_data()
     QTest::newRow("directory cut") << cut.left(cut.size() - 30) << "not a zip archive";
     QByteArray moved = zip({{"a.npy", plain}});
     moved[moved.size() - 3] = char(0x7F); // directory offset far past the end
-    QTest::newRow("directory offset past the end") << moved << "Unexpected end of file";
+    QTest::newRow("directory offset past the end") << moved << "is not a zip archive";
+    ZipMember longer{"a.npy", plain + QByteArray((1 << 20) + 1, '\0')};
+    longer.method = 8;
+    QTest::newRow("member far longer than its array") << zip({longer}) << "holds 1048577 bytes past its contents";
+    ZipMember largeArchived{"a.npy", npy(dict("<f4", "(8192, 16384)"), six)};
+    largeArchived.method = 8;
+    largeArchived.sizeDelta = 1 << 20;
+    QTest::newRow("archived claim past the deflate ratio") << zip({largeArchived}) << "claims more data";
     ZipMember inner{"a.npy", npy(dict("<i4", "(1, 1)"), le32(1))};
     QTest::newRow("bad array inside") << zip({inner}) << "a.npy";
 }

@@ -1,6 +1,7 @@
 #include "palette/describedexception.h"
 #include "storage/projectfile.h"
 
+#include <QBuffer>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QTemporaryDir>
@@ -193,6 +194,11 @@ private slots:
     void hugeClaims_data();
     void hugeClaims();
     void gzipStreams();
+    void damagedGzip_data();
+    void damagedGzip();
+    void everyChangedByte();
+    void bombsStopAtTheirHeader_data();
+    void bombsStopAtTheirHeader();
     void lenientReading();
     void unreadablePaths_data();
     void unreadablePaths();
@@ -354,16 +360,25 @@ void TestProjectFile::truncated()
     QCOMPARE(decodeMessage(data), QString("loaded"));
 }
 
+// A gzip stream cut anywhere is refused as cut short: without its trailer nothing can vouch for
+// the data. Cut inside the magic, the bytes are no gzip stream and pass as they are.
 void TestProjectFile::truncatedGzip()
 {
     const QByteArray data = ProjectFile::encode(sampleProject(DocumentImage::RGB));
     const QByteArray packed = ProjectFile::gzip(data);
+    QCOMPARE(ProjectFile::gunzip(packed, "cut.cxw"), data);
     for (int cut = 0; cut < packed.size(); ++cut) {
-        const QByteArray part = ProjectFile::gunzip(packed.left(cut), "cut.cxw");
-        // A cut stream gives a prefix of the project (or, cut inside the magic, the bytes as they are).
-        QVERIFY(cut < 2 ? part == packed.left(cut) : data.startsWith(part));
-        if (part.size() < data.size())
-            QVERIFY(decodeMessage(part).startsWith("Cannot load project t.cxw.\n"));
+        if (cut < 2) {
+            QCOMPARE(ProjectFile::gunzip(packed.left(cut), "cut.cxw"), packed.left(cut));
+            continue;
+        }
+        try {
+            ProjectFile::gunzip(packed.left(cut), "cut.cxw");
+            QFAIL(qPrintable(QString("a stream cut at %1 of %2 bytes was accepted").arg(cut).arg(packed.size())));
+        } catch (const DescribedException &e) {
+            QCOMPARE(e.message(),
+                     QString("Cannot load project cut.cxw.\nThe file is cut short: its compressed data ends early."));
+        }
     }
 }
 
@@ -379,17 +394,30 @@ void TestProjectFile::hugeClaims_data()
     const auto image = [&](int mode, quint32 w, quint32 h) {
         return palette + char(mode) + be32(w) + be32(h) + char(0) + tail;
     };
+    const QString tooManyEntries = "Cannot load project t.cxw.\nThe palette has %1 entries; a project holds at "
+                                   "most 16777216.";
     QTest::newRow("2^31 entries") << head + be32(0x80000000u) + QByteArray(40, '\0')
-                                  << mismatch("t.cxw", "image");
+                                  << tooManyEntries.arg(0x80000000u);
     QTest::newRow("2^32-1 entries") << head + be32(0xFFFFFFFFu) + QByteArray(40, '\0')
-                                    << mismatch("t.cxw", "image");
+                                    << tooManyEntries.arg(0xFFFFFFFFu);
+    QTest::newRow("2^24 entries, 40 bytes of them") << head + be32(1u << 24) + QByteArray(40, '\0')
+                                                    << mismatch("t.cxw", "image");
     QTest::newRow("entries one short") << head + be32(3) + QByteArray(47, '\0') << mismatch("t.cxw", "image");
-    QTest::newRow("65535x65535 indexed 32bit") << image(3, 65535, 65535) << mismatch("t.cxw", "selection");
-    QTest::newRow("65535x65535 rgb") << image(1, 65535, 65535) << mismatch("t.cxw", "selection");
-    QTest::newRow("65535x65535 continuous") << image(4, 65535, 65535) << mismatch("t.cxw", "selection");
+    const QString tooLarge = "Cannot load project t.cxw.\nThe image is %1 x %2 pixels; at most 134217728 pixels, "
+                             "262144 a side, can be opened.";
+    QTest::newRow("65535x65535 indexed 32bit") << image(3, 65535, 65535) << tooLarge.arg(65535).arg(65535);
+    QTest::newRow("65535x65535 rgb") << image(1, 65535, 65535) << tooLarge.arg(65535).arg(65535);
+    QTest::newRow("65535x65535 continuous") << image(4, 65535, 65535) << tooLarge.arg(65535).arg(65535);
     QTest::newRow("2^32-1 squared 8bit")
-        << image(2, 0xFFFFFFFFu, 0xFFFFFFFFu) << mismatch("t.cxw", "selection");
-    QTest::newRow("2^30 x 4 cells of 4 bytes") << image(4, 0x40000000u, 4) << mismatch("t.cxw", "selection");
+        << image(2, 0xFFFFFFFFu, 0xFFFFFFFFu) << tooLarge.arg(0xFFFFFFFFu).arg(0xFFFFFFFFu);
+    QTest::newRow("2^30 x 4 cells of 4 bytes") << image(4, 0x40000000u, 4) << tooLarge.arg(0x40000000u).arg(4);
+    QTest::newRow("one pixel past the limit")
+        << image(3, 1u << 14, (1u << 13) + 1) << tooLarge.arg(1u << 14).arg((1u << 13) + 1);
+    QTest::newRow("one pixel past the side") << image(2, (1u << 18) + 1, 1) << tooLarge.arg((1u << 18) + 1).arg(1);
+    // Within the limits, claims still cost nothing until the pixels are there.
+    QTest::newRow("largest continuous image, 64 bytes of it")
+        << image(4, 1u << 14, 1u << 13) << mismatch("t.cxw", "selection");
+    QTest::newRow("widest rgb image, 64 bytes of it") << image(1, 1u << 18, 512) << mismatch("t.cxw", "selection");
     QTest::newRow("2^32-1 selected") << palette + char(0) + str("selection") + be32(0xFFFFFFFFu) + be32(0)
                                      << "Cannot load project t.cxw.\nThe file ends inside the selection.";
     QTest::newRow("zero width") << image(3, 0, 5)
@@ -398,7 +426,7 @@ void TestProjectFile::hugeClaims_data()
                                  << "Cannot load project t.cxw.\nThe image size 7 x 0 is not supported.";
     QTest::newRow("wider than any picture")
         << palette + char(2) + be32(1u << 26) + be32(1) + char(0) + QByteArray(1 << 26, '\0') + tail
-        << "Cannot load project t.cxw.\nThe image size 67108864 x 1 is not supported.";
+        << tooLarge.arg(1u << 26).arg(1);
     QTest::newRow("unknown mode") << image(5, 1, 1) << "Cannot load project t.cxw.\nUnknown image mode 5.";
     QTest::newRow("selection past the palette")
         << palette + char(0) + str("selection") + be32(2) + be32(0) + be32(1)
@@ -443,10 +471,111 @@ void TestProjectFile::gzipStreams()
     }
     QCOMPARE(ProjectFile::gunzip(bomb, "x", 16 << 20).size(), 16 << 20);
 
-    // Damage inside the stream keeps what came before it, and the project then ends early.
-    QByteArray damaged = ProjectFile::gzip(a);
-    damaged[damaged.size() / 2] = char(damaged[damaged.size() / 2] ^ 0xFF);
-    QVERIFY(a.startsWith(ProjectFile::gunzip(damaged, "x").left(8)));
+    // Damage inside any member is refused, wherever it is.
+    QByteArray damaged = ProjectFile::gzip(a) + ProjectFile::gzip(b);
+    damaged[damaged.size() - 6] = char(damaged[damaged.size() - 6] ^ 0x01);
+    try {
+        ProjectFile::gunzip(damaged, "x");
+        QFAIL("a damaged second member was accepted");
+    } catch (const DescribedException &e) {
+        QVERIFY2(e.message().startsWith("Cannot load project x.\nThe file is damaged: "), qPrintable(e.message()));
+    }
+}
+
+void TestProjectFile::damagedGzip_data()
+{
+    QTest::addColumn<int>("at"); // from the end when negative
+    QTest::addColumn<int>("flip");
+    QTest::addColumn<QString>("reason");
+    QTest::newRow("checksum") << -8 << 0x01 << "The file is damaged: its checksum does not match its contents.";
+    QTest::newRow("length") << -4 << 0x01 << "The file is damaged: its recorded length does not match its contents.";
+    QTest::newRow("compression method") << 2 << 0x01
+                                        << "The file is damaged: its compressed data is invalid (unknown "
+                                           "compression method).";
+}
+
+// What the checksum and the length vouch for is checked, and the load message gives the reason.
+void TestProjectFile::damagedGzip()
+{
+    QFETCH(int, at);
+    QFETCH(int, flip);
+    QFETCH(QString, reason);
+    QByteArray packed = ProjectFile::gzip(ProjectFile::encode(sampleProject(DocumentImage::Indexed8)));
+    const int pos = at < 0 ? packed.size() + at : at;
+    packed[pos] = char(packed[pos] ^ flip);
+    QFile f(path("damaged.cxw"));
+    QVERIFY(f.open(QIODevice::WriteOnly));
+    f.write(packed);
+    f.close();
+    try {
+        ProjectFile::read(f.fileName());
+        QFAIL("a damaged project loaded");
+    } catch (const DescribedException &e) {
+        QCOMPARE(e.title(), QString("Could not load"));
+        QCOMPARE(e.message(), "Cannot load project damaged.cxw.\n" + reason);
+    }
+}
+
+// Any single changed byte of the compressed file either is refused or changes nothing that is read
+// (the time stamp and the operating system of the gzip header): never a different project.
+void TestProjectFile::everyChangedByte()
+{
+    ProjectData data = sampleProject(DocumentImage::Continuous);
+    data.palette.resize(40, {1000, 2000, 3000, 65535});
+    const QByteArray plain = ProjectFile::encode(data);
+    const QByteArray packed = ProjectFile::gzip(plain);
+    int refused = 0;
+    for (int pos = 0; pos < packed.size(); ++pos) {
+        for (const int flip : {0x01, 0x80, 0xFF}) {
+            QByteArray changed = packed;
+            changed[pos] = char(changed[pos] ^ flip);
+            QBuffer device(&changed);
+            device.open(QIODevice::ReadOnly);
+            try {
+                const ProjectData back = ProjectFile::read(device, "x.cxw");
+                QVERIFY2(ProjectFile::encode(back) == plain,
+                         qPrintable(QString("byte %1 ^ %2 loaded a different project").arg(pos).arg(flip)));
+            } catch (const DescribedException &e) {
+                QVERIFY2(e.message().startsWith("Cannot load project x.cxw.\n"), qPrintable(e.message()));
+                ++refused;
+            }
+        }
+    }
+    // What may change freely is the header's time stamp, extra flags, operating system and text flag,
+    // and the padding bits of the last deflate byte: nearly every change is refused.
+    QVERIFY2(refused >= 3 * (packed.size() - 6) - 8, qPrintable(QString::number(refused)));
+}
+
+// A file is inflated as it is parsed: a bomb with a wrong header costs the first block, not the bomb.
+void TestProjectFile::bombsStopAtTheirHeader_data()
+{
+    QTest::addColumn<QByteArray>("start");
+    QTest::addColumn<QString>("message");
+    QTest::newRow("zeros") << QByteArray() << mismatch("bomb.cxw", "Chromaxis");
+    QTest::newRow("an endless version text")
+        << str("Chromaxis") + QByteArray(32 << 20, 'v')
+        << "Cannot load project bomb.cxw.\nA text in the file is longer than 16777216 bytes.";
+    QTest::newRow("a huge palette")
+        << str("Chromaxis") + str("2.0.0") + str("settings") + be32(0) + be32(0) + str("palette") + be32(1u << 28)
+        << "Cannot load project bomb.cxw.\nThe palette has 268435456 entries; a project holds at most 16777216.";
+}
+
+void TestProjectFile::bombsStopAtTheirHeader()
+{
+    QFETCH(QByteArray, start);
+    QFETCH(QString, message);
+    QByteArray bomb = ProjectFile::gzip(start + QByteArray(128 << 20, '\0'));
+    QBuffer device(&bomb);
+    device.open(QIODevice::ReadOnly);
+    try {
+        ProjectFile::read(device, "bomb.cxw");
+        QFAIL("a bomb loaded");
+    } catch (const DescribedException &e) {
+        QCOMPARE(e.message(), message);
+    }
+    // Of about 130 KB of compressed zeros, the reader took what covers the header and little more.
+    const qint64 needed = ProjectFile::gzip(start).size();
+    QVERIFY2(device.pos() <= needed + (64 << 10), qPrintable(QString("%1 of %2").arg(device.pos()).arg(bomb.size())));
 }
 
 void TestProjectFile::lenientReading()
