@@ -46,7 +46,8 @@ const SettingsFields<PersianRasterSettings> &rasterFields()
     return fields;
 }
 
-std::vector<RGBAColor<uint>> motifOf(const Palette<uint> &palette, const std::set<int> &selection, bool selectedOnly)
+std::vector<RGBAColor<uint>> motifOf(const Palette<uint> &palette, const std::set<int> &selection,
+                                     bool selectedOnly)
 {
     std::vector<RGBAColor<uint>> motif;
     if (selectedOnly)
@@ -152,11 +153,12 @@ Palette<uint> appendMirrored(const Palette<uint> &palette)
 {
     const long long length = 2LL * palette.size();
     if (length > maximumPaletteSize)
-        throw DescribedException(QStringLiteral("Palette too large"),
-                                 QStringLiteral("The mirrored palette would have %1 entries; a palette holds at "
-                                                "most %2.")
-                                     .arg(length)
-                                     .arg(maximumPaletteSize));
+        throw DescribedException(
+            QStringLiteral("Palette too large"),
+            QStringLiteral("The mirrored palette would have %1 entries; a palette holds at "
+                           "most %2.")
+                .arg(length)
+                .arg(maximumPaletteSize));
     Palette<uint> out = palette;
     out.entries().insert(out.entries().end(), palette.entries().rbegin(), palette.entries().rend());
     return out;
@@ -175,7 +177,9 @@ void registerOperations(const PaletteOperations::Registrar &add)
          },
          false});
     add(QStringLiteral("palette_append_mirrored"),
-        {[](const Palette<uint> &p, const std::set<int> &, const SettingsText::Pairs &) { return appendMirrored(p); },
+        {[](const Palette<uint> &p, const std::set<int> &, const SettingsText::Pairs &) {
+             return appendMirrored(p);
+         },
          false});
 }
 

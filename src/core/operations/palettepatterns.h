@@ -16,11 +16,11 @@ struct RepetitionPatternSettings
     static const QString settingsName;
     static constexpr int maximumStep = 1024;
 
-    int count = 1;      // "count": how often each colour repeats in a row, 1..maximumStep
-    int stride = 1;     // "stride": how far the pattern steps through the motif, 1..maximumStep
-    int offset = 0;     // "offset": where in the motif's cycle the pattern starts, 0..65535
-    bool mirror = false; // "mirror": the motif runs there and back
-    int size = 0;       // "size": the result's length; 0 keeps the palette's
+    int count = 1;            // "count": how often each colour repeats in a row, 1..maximumStep
+    int stride = 1;           // "stride": how far the pattern steps through the motif, 1..maximumStep
+    int offset = 0;           // "offset": where in the motif's cycle the pattern starts, 0..65535
+    bool mirror = false;      // "mirror": the motif runs there and back
+    int size = 0;             // "size": the result's length; 0 keeps the palette's
     bool selectedOnly = true; // the selected entries are the motif
 
     static RepetitionPatternSettings fromPairs(const SettingsText::Pairs &pairs,
@@ -41,17 +41,18 @@ struct PersianRasterSettings
     static constexpr int maximumStep = 1024;
     static constexpr int maximumFloat = 64;
 
-    int period1 = 4;      // "period1": entries per colour of the first run
-    int period2 = 1;      // "period2": entries per colour of the second run
-    int offset = 0;       // "offset": how many colours the second run starts ahead
-    bool reverse = false; // "reverse": the second run walks the motif backwards
-    int thread = 1;       // "thread": the width of one thread, in entries
-    int over = 1;         // "over": threads of the first run in each repeat of the weave
-    int under = 1;        // "under": threads of the second run that follow them
-    int size = 0;         // "size": the result's length; 0 keeps the palette's
+    int period1 = 4;          // "period1": entries per colour of the first run
+    int period2 = 1;          // "period2": entries per colour of the second run
+    int offset = 0;           // "offset": how many colours the second run starts ahead
+    bool reverse = false;     // "reverse": the second run walks the motif backwards
+    int thread = 1;           // "thread": the width of one thread, in entries
+    int over = 1;             // "over": threads of the first run in each repeat of the weave
+    int under = 1;            // "under": threads of the second run that follow them
+    int size = 0;             // "size": the result's length; 0 keeps the palette's
     bool selectedOnly = true; // the selected entries are the motif
 
-    static PersianRasterSettings fromPairs(const SettingsText::Pairs &pairs, const PersianRasterSettings &base);
+    static PersianRasterSettings fromPairs(const SettingsText::Pairs &pairs,
+                                           const PersianRasterSettings &base);
     static PersianRasterSettings fromPairs(const SettingsText::Pairs &pairs);
     SettingsText::Pairs toPairs() const;
     bool operator==(const PersianRasterSettings &o) const

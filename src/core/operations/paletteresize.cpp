@@ -50,8 +50,8 @@ Palette<uint> resize(const Palette<uint> &palette, const ResizeSettings &setting
                                  QStringLiteral("An empty palette cannot be resized."));
     const int size = qBound(int(ResizeSettings::minimumSize), settings.size, maximumPaletteSize);
     const long long span = size - 1;
-    const std::vector<SpaceComponents> space =
-        settings.method == ResizeSettings::Nearest ? std::vector<SpaceComponents>()
+    const std::vector<SpaceComponents> space = settings.method == ResizeSettings::Nearest
+                                                   ? std::vector<SpaceComponents>()
                                                    : colourToSpace(palette, settings.mode);
     const int easing = settings.method == ResizeSettings::Sigmoid ? ColorTick::Sigmoid : ColorTick::Linear;
 

@@ -21,8 +21,8 @@ const SettingsFields<SharpenSettings> &sharpenFields()
             F::integer(QStringLiteral("amount"), &S::amount, 0, S::maximumAmount),
         };
         for (size_t k = 0; k < 4; ++k)
-            list.push_back(F::flag(QStringLiteral("comp%1").arg(k + 1),
-                                   [k](auto &s) -> auto & { return s.components[k]; }));
+            list.push_back(F::flag(
+                QStringLiteral("comp%1").arg(k + 1), [k](auto &s) -> auto & { return s.components[k]; }));
         list.push_back(F::selectedOnly(&S::selectedOnly));
         return list;
     }());
@@ -48,13 +48,15 @@ SettingsText::Pairs SharpenSettings::toPairs() const
 
 namespace PaletteSharpen {
 
-Palette<uint> sharpen(const Palette<uint> &palette, const std::set<int> &selection, const SharpenSettings &settings)
+Palette<uint> sharpen(const Palette<uint> &palette, const std::set<int> &selection,
+                      const SharpenSettings &settings)
 {
     const int n = palette.size();
     const std::vector<SpaceComponents> source = colourToSpace(palette, settings.mode);
     const std::vector<double> kernel = PaletteBlur::kernel(settings.radius, settings.method);
     const double amount = settings.amount / 100.0;
-    const size_t named = std::min<size_t>(4, size_t(colorSpaceTable().at(size_t(settings.mode)).components.size()));
+    const size_t named =
+        std::min<size_t>(4, size_t(colorSpaceTable().at(size_t(settings.mode)).components.size()));
 
     Palette<uint> out = palette;
     for (int i = 0; i < n; ++i) {
@@ -66,8 +68,8 @@ Palette<uint> sharpen(const Palette<uint> &palette, const std::set<int> &selecti
         for (size_t k = 0; k < named; ++k) {
             if (!settings.components[k])
                 continue;
-            const double detail =
-                PaletteBlur::weightedMean(i, n, kernel, [&](int at) { return own[k] - source[size_t(at)][k]; });
+            const double detail = PaletteBlur::weightedMean(
+                i, n, kernel, [&](int at) { return own[k] - source[size_t(at)][k]; });
             sharpened[k] = own[k] + amount * detail;
             changed = changed || sharpened[k] != own[k];
         }

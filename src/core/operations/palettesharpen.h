@@ -15,10 +15,10 @@ struct SharpenSettings
     static constexpr int maximumRadius = BlurSettings::maximumRadius;
     static constexpr int maximumAmount = 500; // percent
 
-    int mode = 0;                         // "mode": colour space the components are sharpened in
-    int method = BlurSettings::Gauss;     // "method": the blur's kernels, 0 running mean, 1 normal
-    int radius = 2;                       // "radius": 1..maximumRadius
-    int amount = 100;                     // "amount": percent of the detail added, 0..maximumAmount
+    int mode = 0;                     // "mode": colour space the components are sharpened in
+    int method = BlurSettings::Gauss; // "method": the blur's kernels, 0 running mean, 1 normal
+    int radius = 2;                   // "radius": 1..maximumRadius
+    int amount = 100;                 // "amount": percent of the detail added, 0..maximumAmount
     std::array<bool, 4> components{{true, true, true, true}}; // "comp1".."comp4": which are sharpened
     bool selectedOnly = false;
 

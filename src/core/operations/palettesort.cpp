@@ -74,7 +74,8 @@ SettingsText::Pairs SortSettings::toPairs() const
 
 namespace PaletteSort {
 
-std::vector<int> order(const Palette<uint> &palette, const std::set<int> &selection, const SortSettings &settings)
+std::vector<int> order(const Palette<uint> &palette, const std::set<int> &selection,
+                       const SortSettings &settings)
 {
     const int n = palette.size();
     std::vector<int> result(static_cast<size_t>(n));

@@ -39,8 +39,8 @@ struct SortSettings
     SettingsText::Pairs toPairs() const;
     bool operator==(const SortSettings &o) const
     {
-        return mode == o.mode && key == o.key && descending == o.descending && selectedOnly == o.selectedOnly &&
-               remap == o.remap;
+        return mode == o.mode && key == o.key && descending == o.descending &&
+               selectedOnly == o.selectedOnly && remap == o.remap;
     }
 };
 
@@ -50,12 +50,14 @@ namespace PaletteSort {
 // palette. The sort is stable in both directions (entries with equal keys keep their order,
 // descending included). With "Selected only" and a selection, only the selected entries move,
 // among the places they held; the others stay where they are.
-std::vector<int> order(const Palette<uint> &palette, const std::set<int> &selection, const SortSettings &settings);
+std::vector<int> order(const Palette<uint> &palette, const std::set<int> &selection,
+                       const SortSettings &settings);
 // The palette's entries taken in order; the properties stay.
 Palette<uint> reordered(const Palette<uint> &palette, const std::vector<int> &order);
 // The inverse permutation: where each old entry went.
 std::vector<int> newPlaces(const std::vector<int> &order);
-Palette<uint> sort(const Palette<uint> &palette, const std::set<int> &selection, const SortSettings &settings);
+Palette<uint> sort(const Palette<uint> &palette, const std::set<int> &selection,
+                   const SortSettings &settings);
 
 // "sort_colors". The operation orders the palette alone; the document command moves an indexed
 // image's pixels with it.

@@ -1,12 +1,12 @@
 // Sharpening, resizing and the pattern commands: exact results on small palettes, the
 // invariants each promises, their settings and built-in presets.
-#include "operationtesting.h"
 #include "operations/paletteblur.h"
 #include "operations/paletteoperations.h"
 #include "operations/palettepatterns.h"
 #include "operations/paletteresize.h"
 #include "operations/palettesharpen.h"
 #include "operations/palettesort.h"
+#include "operationtesting.h"
 #include "palette/describedexception.h"
 #include "spaces/colorspace.h"
 #include "storage/settingsstore.h"
@@ -18,7 +18,8 @@ namespace {
 const Colour A{1, 2, 3, 4}, B{10, 20, 30, 40}, C{100, 200, 300, 400}, D{1000, 2000, 3000, 4000},
     E{5, 6, 7, 8}, F{50, 60, 70, 80};
 
-SharpenSettings sharpenOf(int mode, int method, int radius, int amount, std::array<bool, 4> components = {true, true, true, true})
+SharpenSettings sharpenOf(int mode, int method, int radius, int amount,
+                          std::array<bool, 4> components = {true, true, true, true})
 {
     SharpenSettings s;
     s.mode = mode;
@@ -94,9 +95,13 @@ void TestPaletteReshape::sharpenSpike()
     Palette<uint> in;
     for (const uint r : {0u, 0u, 30000u, 0u, 0u})
         in.append({r, 1000, 1000, 5});
-    const Palette<uint> mean = PaletteSharpen::sharpen(in, {}, sharpenOf(0, BlurSettings::RunningMean, 1, 100));
-    QCOMPARE(mean.entries(), Entries({{0, 1000, 1000, 5}, {0, 1000, 1000, 5}, {50000, 1000, 1000, 5},
-                                      {0, 1000, 1000, 5}, {0, 1000, 1000, 5}}));
+    const Palette<uint> mean =
+        PaletteSharpen::sharpen(in, {}, sharpenOf(0, BlurSettings::RunningMean, 1, 100));
+    QCOMPARE(mean.entries(), Entries({{0, 1000, 1000, 5},
+                                      {0, 1000, 1000, 5},
+                                      {50000, 1000, 1000, 5},
+                                      {0, 1000, 1000, 5},
+                                      {0, 1000, 1000, 5}}));
     // The Gauss kernel of radius 2 weighs the spike itself most, so less of it is averaged away.
     const Palette<uint> gauss = PaletteSharpen::sharpen(in, {}, sharpenOf(0, BlurSettings::Gauss, 2, 100));
     QCOMPARE(gauss[2], Colour(52458, 1000, 1000, 5));
@@ -133,7 +138,8 @@ void TestPaletteReshape::sharpenSelectedAndComponents()
     for (int i = 0; i < in.size(); ++i)
         QCOMPARE(some[i], (i >= 10 && i <= 12) ? all[i] : in[i]);
     // Red alone: green and blue stay as they were, and so does every alpha word.
-    const Palette<uint> red = PaletteSharpen::sharpen(in, {}, sharpenOf(0, 0, 1, 100, {true, false, false, false}));
+    const Palette<uint> red =
+        PaletteSharpen::sharpen(in, {}, sharpenOf(0, 0, 1, 100, {true, false, false, false}));
     bool redChanged = false;
     for (int i = 0; i < in.size(); ++i) {
         QCOMPARE(red[i].g, in[i].g);
@@ -153,14 +159,18 @@ void TestPaletteReshape::resizeExact_data()
     QTest::addColumn<Entries>("expected");
     const Colour black(0, 0, 0, 0), orange(65535, 30000, 0, 65535);
     QTest::newRow("linear") << 5 << int(ResizeSettings::Linear)
-                            << Entries{black, {16383, 7500, 0, 16383}, {32767, 15000, 0, 32767},
-                                       {49151, 22500, 0, 49151}, orange};
+                            << Entries{black,
+                                       {16383, 7500, 0, 16383},
+                                       {32767, 15000, 0, 32767},
+                                       {49151, 22500, 0, 49151},
+                                       orange};
     // The quarter steps eased: 0.5 - 0.5 cos(pi / 4) is 0.1464...
-    QTest::newRow("sigmoid") << 5 << int(ResizeSettings::Sigmoid)
-                             << Entries{black, {9597, 4393, 0, 9597}, {32767, 14999, 0, 32767},
-                                        {55937, 25606, 0, 55937}, orange};
+    QTest::newRow("sigmoid")
+        << 5 << int(ResizeSettings::Sigmoid)
+        << Entries{black, {9597, 4393, 0, 9597}, {32767, 14999, 0, 32767}, {55937, 25606, 0, 55937}, orange};
     // Halves go up.
-    QTest::newRow("nearest") << 5 << int(ResizeSettings::Nearest) << Entries{black, black, orange, orange, orange};
+    QTest::newRow("nearest") << 5 << int(ResizeSettings::Nearest)
+                             << Entries{black, black, orange, orange, orange};
     QTest::newRow("nearest 3") << 3 << int(ResizeSettings::Nearest) << Entries{black, orange, orange};
     QTest::newRow("already two") << 2 << int(ResizeSettings::Linear) << Entries{black, orange};
 }
@@ -173,7 +183,9 @@ void TestPaletteReshape::resizeExact()
     const Palette<uint> in = paletteOf({{0, 0, 0, 0}, {65535, 30000, 0, 65535}});
     const Palette<uint> out = PaletteResize::resize(in, resizeOf(size, 0, method));
     QCOMPARE(out.entries(), expected);
-    QCOMPARE(PaletteOperations::apply(ResizeSettings::settingsName, in, {}, resizeOf(size, 0, method).toPairs()), out);
+    QCOMPARE(
+        PaletteOperations::apply(ResizeSettings::settingsName, in, {}, resizeOf(size, 0, method).toPairs()),
+        out);
 }
 
 void TestPaletteReshape::resizeSameLengthIsIdentity()
@@ -217,7 +229,8 @@ void TestPaletteReshape::resizeEdges()
     QCOMPARE(messageOf([] { PaletteResize::resize(Palette<uint>(), ResizeSettings()); }),
              QStringLiteral("Empty palette: An empty palette cannot be resized."));
     // Shrinking with "nearest" picks entries; 5 to 3 keeps the ends and the middle.
-    QCOMPARE(PaletteResize::resize(paletteOf({A, B, C, D, E}), resizeOf(3, 0, 0)).entries(), Entries({A, C, E}));
+    QCOMPARE(PaletteResize::resize(paletteOf({A, B, C, D, E}), resizeOf(3, 0, 0)).entries(),
+             Entries({A, C, E}));
 }
 
 void TestPaletteReshape::repetitionPattern_data()
@@ -251,7 +264,8 @@ void TestPaletteReshape::repetitionPattern()
         PaletteOperations::apply(RepetitionPatternSettings::settingsName, in, selection, pairsOf(lines));
     QCOMPARE(out.entries(), expected);
     QCOMPARE(out.property(PaletteComment), QStringLiteral("kept"));
-    QCOMPARE(out, PalettePatterns::repetitionPattern(in, selection, RepetitionPatternSettings::fromPairs(pairsOf(lines))));
+    QCOMPARE(out, PalettePatterns::repetitionPattern(in, selection,
+                                                     RepetitionPatternSettings::fromPairs(pairsOf(lines))));
 }
 
 void TestPaletteReshape::persianRaster_data()
@@ -260,8 +274,8 @@ void TestPaletteReshape::persianRaster_data()
     QTest::addColumn<Entries>("expected");
     // Over A B C D: the first run shows colour i / period1, the second i / period2 (+ offset).
     QTest::newRow("plain weave") << "period1:2\nperiod2:1\nsize:8" << Entries{A, B, B, D, C, B, D, D};
-    QTest::newRow("reversed, ahead")
-        << "period1:2\nperiod2:2\noffset:1\nreverse:1\nsize:8" << Entries{A, C, B, B, C, A, D, D};
+    QTest::newRow("reversed, ahead") << "period1:2\nperiod2:2\noffset:1\nreverse:1\nsize:8"
+                                     << Entries{A, C, B, B, C, A, D, D};
     // Threads of two, two over and one under: entries 0-3 and 6-7 show the first run.
     QTest::newRow("twill") << "period1:1\nperiod2:1\noffset:2\nthread:2\nover:2\nunder:1\nsize:8"
                            << Entries{A, B, C, D, C, D, C, D};
@@ -273,11 +287,12 @@ void TestPaletteReshape::persianRaster()
     QFETCH(QString, lines);
     QFETCH(Entries, expected);
     const Palette<uint> in = paletteOf({A, B, C, D});
-    const Palette<uint> out = PaletteOperations::apply(PersianRasterSettings::settingsName, in, {}, pairsOf(lines));
+    const Palette<uint> out =
+        PaletteOperations::apply(PersianRasterSettings::settingsName, in, {}, pairsOf(lines));
     QCOMPARE(out.entries(), expected);
     // With a selection the motif is the selected entries.
-    const Palette<uint> picked =
-        PaletteOperations::apply(PersianRasterSettings::settingsName, in, {1, 3}, pairsOf(lines + "\nsize:4"));
+    const Palette<uint> picked = PaletteOperations::apply(PersianRasterSettings::settingsName, in, {1, 3},
+                                                          pairsOf(lines + "\nsize:4"));
     for (const Colour &c : picked.entries())
         QVERIFY(c == B || c == D);
 }
@@ -304,8 +319,8 @@ void TestPaletteReshape::patternsUseOnlyPaletteColours()
         r.under = randomIn(rng, 1, 3);
         r.size = p.size;
         const int length = p.size > 0 ? p.size : in.size();
-        for (const Palette<uint> &out :
-             {PalettePatterns::repetitionPattern(in, selection, p), PalettePatterns::persianRaster(in, selection, r)}) {
+        for (const Palette<uint> &out : {PalettePatterns::repetitionPattern(in, selection, p),
+                                         PalettePatterns::persianRaster(in, selection, r)}) {
             QCOMPARE(out.size(), length);
             for (const Colour &c : out.entries())
                 QVERIFY(std::find(in.entries().begin(), in.entries().end(), c) != in.entries().end());
@@ -329,9 +344,10 @@ void TestPaletteReshape::appendMirrored()
     QCOMPARE(PalettePatterns::appendMirrored(paletteOf({D})).entries(), Entries({D, D}));
     QVERIFY(PalettePatterns::appendMirrored(Palette<uint>()).isEmpty());
     QCOMPARE(PalettePatterns::appendMirrored(paletteOf(Entries(32768, A))).size(), 65536);
-    QCOMPARE(messageOf([] { PalettePatterns::appendMirrored(paletteOf(Entries(32769, A))); }),
-             QStringLiteral("Palette too large: The mirrored palette would have 65538 entries; a palette holds at "
-                            "most 65536."));
+    QCOMPARE(
+        messageOf([] { PalettePatterns::appendMirrored(paletteOf(Entries(32769, A))); }),
+        QStringLiteral("Palette too large: The mirrored palette would have 65538 entries; a palette holds at "
+                       "most 65536."));
     QVERIFY(!PaletteOperations::isGenerator("palette_append_mirrored"));
 }
 

@@ -1,6 +1,6 @@
-#include "operationtesting.h"
 #include "operations/paletteoperations.h"
 #include "operations/palettesort.h"
+#include "operationtesting.h"
 #include "palette/describedexception.h"
 #include "spaces/colorspace.h"
 #include "spaces/luminance.h"
@@ -10,8 +10,8 @@
 namespace {
 
 // Red, black, a translucent grey, green, blue, a second black that differs only in alpha, white.
-const Entries seven = {{65535, 0, 0, 65535}, {0, 0, 0, 65535},     {30000, 30000, 30000, 100},
-                       {0, 65535, 0, 65535}, {0, 0, 65535, 65535}, {0, 0, 0, 7},
+const Entries seven = {{65535, 0, 0, 65535},        {0, 0, 0, 65535},     {30000, 30000, 30000, 100},
+                       {0, 65535, 0, 65535},        {0, 0, 65535, 65535}, {0, 0, 0, 7},
                        {65535, 65535, 65535, 65535}};
 
 SortSettings sortOf(int mode, int key, bool descending, bool selectedOnly = false)
@@ -52,7 +52,8 @@ void TestPaletteSort::order_data()
     QTest::addColumn<QVector<int>>("order"); // entry j of the result is entry order[j]
 
     // Luminance: black (twice), blue 0.072, the grey 0.177, red 0.213, green 0.715, white.
-    QTest::newRow("luminance") << 0 << 4 << false << false << std::set<int>() << QVector<int>{1, 5, 4, 2, 0, 3, 6};
+    QTest::newRow("luminance") << 0 << 4 << false << false << std::set<int>()
+                               << QVector<int>{1, 5, 4, 2, 0, 3, 6};
     // Descending keeps the two blacks in their order rather than turning them round.
     QTest::newRow("luminance descending")
         << 0 << 4 << true << false << std::set<int>() << QVector<int>{6, 3, 0, 2, 4, 1, 5};
@@ -62,10 +63,11 @@ void TestPaletteSort::order_data()
     QTest::newRow("hue then lightness descending")
         << 0 << 5 << true << false << std::set<int>() << QVector<int>{4, 3, 0, 6, 2, 1, 5};
     QTest::newRow("red") << 0 << 0 << false << false << std::set<int>() << QVector<int>{1, 3, 4, 5, 2, 0, 6};
-    QTest::newRow("red descending")
-        << 0 << 0 << true << false << std::set<int>() << QVector<int>{0, 6, 2, 1, 3, 4, 5};
+    QTest::newRow("red descending") << 0 << 0 << true << false << std::set<int>()
+                                    << QVector<int>{0, 6, 2, 1, 3, 4, 5};
     // RGB's fourth component is the alpha.
-    QTest::newRow("alpha") << 0 << 3 << false << false << std::set<int>() << QVector<int>{5, 2, 0, 1, 3, 4, 6};
+    QTest::newRow("alpha") << 0 << 3 << false << false << std::set<int>()
+                           << QVector<int>{5, 2, 0, 1, 3, 4, 6};
     QTest::newRow("HSV value") << int(SpaceHSV) << 2 << false << false << std::set<int>()
                                << QVector<int>{1, 5, 2, 0, 3, 4, 6};
     // A three-component space has nothing in its fourth place: nothing moves.
@@ -75,10 +77,10 @@ void TestPaletteSort::order_data()
     QTest::newRow("selected only") << 0 << 0 << true << true << std::set<int>{0, 2, 4, 6}
                                    << QVector<int>{0, 1, 6, 3, 2, 5, 4};
     // A selection without the box, or the box without a selection, sorts everything.
-    QTest::newRow("selection, box off") << 0 << 0 << true << false << std::set<int>{0, 2, 4, 6}
-                                        << QVector<int>{0, 6, 2, 1, 3, 4, 5};
-    QTest::newRow("box, no selection") << 0 << 0 << true << true << std::set<int>()
-                                       << QVector<int>{0, 6, 2, 1, 3, 4, 5};
+    QTest::newRow("selection, box off")
+        << 0 << 0 << true << false << std::set<int>{0, 2, 4, 6} << QVector<int>{0, 6, 2, 1, 3, 4, 5};
+    QTest::newRow("box, no selection")
+        << 0 << 0 << true << true << std::set<int>() << QVector<int>{0, 6, 2, 1, 3, 4, 5};
 }
 
 void TestPaletteSort::order()
@@ -110,7 +112,8 @@ void TestPaletteSort::stableBothWays()
 {
     // Few distinct colours, many duplicates: equal entries must keep the order they had,
     // ascending and descending alike, in every space and by every key.
-    const Entries colours = {{0, 0, 0, 65535}, {65535, 0, 0, 65535}, {0, 40000, 9000, 3}, {30000, 30000, 30000, 0}};
+    const Entries colours = {
+        {0, 0, 0, 65535}, {65535, 0, 0, 65535}, {0, 40000, 9000, 3}, {30000, 30000, 30000, 0}};
     for (const quint32 seed : testSeeds()) {
         QRandomGenerator rng(seed);
         Palette<uint> in;

@@ -1,10 +1,12 @@
-// Sorting the palette of a document: an indexed image's pixels follow their colours in the same
-// history step, so the picture stays byte for byte; a continuous image cannot follow. The step
-// records its settings and replays to the same document.
+// Sorting, sharpening, resizing and the pattern commands on a document. A sort moves an indexed
+// image's pixels with their colours in the same history step, so the picture stays byte for byte;
+// a continuous image cannot follow. Every command is one step to undo and records a macro step
+// that replays to the same document.
 #include "document/chromaxisdocument.h"
 #include "document/documentcommands.h"
 #include "document/indexremap.h"
 #include "document/macroplayer.h"
+#include "operations/paletteoperations.h"
 #include "operations/palettesort.h"
 
 #include <QtTest>
@@ -66,7 +68,7 @@ DocumentImage allBytes()
 
 Q_DECLARE_METATYPE(DocumentImage)
 
-class TestSortCommand : public QObject
+class TestReshapeCommands : public QObject
 {
     Q_OBJECT
 private slots:
@@ -78,9 +80,11 @@ private slots:
     void recordedAndReplayed();
     void previewKeepsThePicture();
     void alreadySortedTouchesNoImage();
+    void dialogStepsUndoAndReplay_data();
+    void dialogStepsUndoAndReplay();
 };
 
-void TestSortCommand::pictureStaysTheSame_data()
+void TestReshapeCommands::pictureStaysTheSame_data()
 {
     QTest::addColumn<DocumentImage>("image");
     QTest::addColumn<int>("paletteSize");
@@ -95,7 +99,7 @@ void TestSortCommand::pictureStaysTheSame_data()
     QTest::newRow("8 bit, 300 entries") << allBytes() << 300 << int(DocumentImage::Indexed32) << true;
 }
 
-void TestSortCommand::pictureStaysTheSame()
+void TestReshapeCommands::pictureStaysTheSame()
 {
     QFETCH(DocumentImage, image);
     QFETCH(int, paletteSize);
@@ -132,7 +136,7 @@ void TestSortCommand::pictureStaysTheSame()
     QCOMPARE(bytesOf(doc.image().picture()), picture);
 }
 
-void TestSortCommand::continuousImageChanges()
+void TestReshapeCommands::continuousImageChanges()
 {
     ChromaxisDocument doc;
     const std::vector<float> cells{0.0f, 9000.0f, 30000.0f, 65535.0f};
@@ -148,7 +152,7 @@ void TestSortCommand::continuousImageChanges()
     QCOMPARE(doc.history().count(), 1);
 }
 
-void TestSortCommand::remapOffChangesThePicture()
+void TestReshapeCommands::remapOffChangesThePicture()
 {
     ChromaxisDocument doc;
     load(doc, allBytes(), shuffled(16));
@@ -166,7 +170,7 @@ void TestSortCommand::remapOffChangesThePicture()
     QVERIFY(!none.sortMovesPixels(sortPairs()));
 }
 
-void TestSortCommand::selectedOnlyMovesOnlySelectedPixels()
+void TestReshapeCommands::selectedOnlyMovesOnlySelectedPixels()
 {
     ChromaxisDocument doc;
     load(doc, DocumentImage::fromIndexes32(6, 1, {0, 1, 2, 3, 4, 5}), shuffled(6));
@@ -183,7 +187,7 @@ void TestSortCommand::selectedOnlyMovesOnlySelectedPixels()
     QCOMPARE(doc.palette(), PaletteSort::sort(shuffled(6), {1, 3, 4}, s));
 }
 
-void TestSortCommand::recordedAndReplayed()
+void TestReshapeCommands::recordedAndReplayed()
 {
     ChromaxisDocument doc;
     load(doc, allBytes(), shuffled(40));
@@ -199,8 +203,9 @@ void TestSortCommand::recordedAndReplayed()
     const std::vector<MacroFile::Step> steps = MacroFile::stepsOf(doc.macros());
     QCOMPARE(int(steps.size()), 1);
     QCOMPARE(steps[0].name, QStringLiteral("sort_colors"));
-    QCOMPARE(steps[0].parameters, QStringLiteral("sort_colors 2.0.0\nmode:3\nkey:0\ndescending:0\nsel_only:1\n"
-                                                 "remap:1\nselection:3-7,30\n"));
+    QCOMPARE(steps[0].parameters,
+             QStringLiteral("sort_colors 2.0.0\nmode:3\nkey:0\ndescending:0\nsel_only:1\n"
+                            "remap:1\nselection:3-7,30\n"));
     // The player runs the very same command: palette and pixels come out alike.
     const MacroPlayer::Report report = MacroPlayer(nullptr).play(replayed, steps);
     QCOMPARE(report.played, 1);
@@ -211,14 +216,15 @@ void TestSortCommand::recordedAndReplayed()
     // So does the operation by name, as scripts reach it.
     ChromaxisDocument scripted;
     load(scripted, allBytes(), shuffled(40));
-    DocumentCommands(scripted, nullptr).applyPaletteOperation("sort_colors", {3, 4, 5, 6, 7, 30}, s.toPairs());
+    DocumentCommands(scripted, nullptr)
+        .applyPaletteOperation("sort_colors", {3, 4, 5, 6, 7, 30}, s.toPairs());
     QCOMPARE(std::memcmp(scripted.image().indexRow(1), doc.image().indexRow(1), 16), 0);
     // Undo takes the step out of the effective macro.
     QVERIFY(doc.undo());
     QVERIFY(MacroFile::stepsOf(doc.macros()).empty());
 }
 
-void TestSortCommand::previewKeepsThePicture()
+void TestReshapeCommands::previewKeepsThePicture()
 {
     ChromaxisDocument doc;
     load(doc, allBytes(), shuffled(16));
@@ -234,7 +240,7 @@ void TestSortCommand::previewKeepsThePicture()
     QCOMPARE(doc.history().count(), 0);
 }
 
-void TestSortCommand::alreadySortedTouchesNoImage()
+void TestReshapeCommands::alreadySortedTouchesNoImage()
 {
     ChromaxisDocument doc;
     load(doc, allBytes(), PaletteSort::sort(shuffled(16), {}, SortSettings()));
@@ -248,5 +254,66 @@ void TestSortCommand::alreadySortedTouchesNoImage()
              std::vector<float>{5.0f});
 }
 
-QTEST_GUILESS_MAIN(TestSortCommand)
-#include "tst_sortcommand.moc"
+void TestReshapeCommands::dialogStepsUndoAndReplay_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("lines");
+    QTest::newRow("sharpen")
+        << "sharpen"
+        << "mode:3\nmethod:1\nradius:3\namount:250\ncomp1:1\ncomp2:0\ncomp3:1\ncomp4:1\nsel_only:1";
+    QTest::newRow("resize") << "resize_palette"
+                            << "size:99\nmode:9\nmethod:2";
+    QTest::newRow("repetition pattern") << "pattern_generation"
+                                        << "count:3\nstride:2\noffset:1\nmirror:1\nsize:50\nsel_only:1";
+    QTest::newRow("persian raster")
+        << "persian_raster"
+        << "period1:5\nperiod2:2\noffset:3\nreverse:1\nthread:2\nover:2\nunder:1\nsize:0\nsel_only:1";
+    QTest::newRow("append mirrored") << "palette_append_mirrored"
+                                     << "";
+}
+
+void TestReshapeCommands::dialogStepsUndoAndReplay()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, lines);
+    const QString text = lines.isEmpty() ? QString() : SettingsText::format(name, lines + "\n");
+    const SettingsText::Pairs pairs =
+        text.isEmpty() ? SettingsText::Pairs() : SettingsText::parse(text, name);
+    const std::set<int> selection{2, 3, 4, 5, 9};
+
+    // What the window does on OK: the result, installed under the step with its settings text.
+    ChromaxisDocument doc;
+    load(doc, allBytes(), shuffled(24));
+    doc.setRecording(true);
+    doc.setSelection(selection);
+    const Palette<uint> before = doc.palette();
+    const Palette<uint> result = PaletteOperations::apply(name, before, selection, pairs);
+    QVERIFY(result != before);
+    DocumentCommands commands(doc, nullptr);
+    if (text.isEmpty())
+        commands.applyPaletteOperation(name, selection);
+    else
+        commands.installPalette(result, name, text);
+    QCOMPARE(doc.palette().entries(), result.entries());
+    // An edit keeps the palette's name and file.
+    QCOMPARE(doc.palette().property(PaletteName), QStringLiteral("shuffled"));
+    QCOMPARE(doc.paletteFileName(), QStringLiteral("/p/shuffled.gpl"));
+    QCOMPARE(doc.history().count(), 1);
+    const std::vector<MacroFile::Step> steps = MacroFile::stepsOf(doc.macros());
+    QCOMPARE(int(steps.size()), 1);
+    QCOMPARE(steps[0].name, name);
+
+    ChromaxisDocument replayed;
+    load(replayed, allBytes(), shuffled(24));
+    QCOMPARE(MacroPlayer(nullptr).play(replayed, steps).played, 1);
+    QCOMPARE(replayed.palette().entries(), result.entries());
+
+    QVERIFY(doc.undo());
+    QCOMPARE(doc.palette(), before);
+    QVERIFY(!doc.isPaletteModified());
+    QVERIFY(doc.redo());
+    QCOMPARE(doc.palette().entries(), result.entries());
+}
+
+QTEST_GUILESS_MAIN(TestReshapeCommands)
+#include "tst_reshapecommands.moc"
