@@ -166,6 +166,13 @@ public slots:
     void paletteManipulateBlur();
     void paletteManipulateTint();
     void paletteManipulateGradientTint();
+    // Sorting, sharpening, resizing and the pattern commands (chromaxismainwindow_palette2.cpp)
+    void paletteSortColors();
+    void paletteManipulateSharpen();
+    void paletteSetSize();
+    void paletteGenerateUsingPattern();
+    void paletteGeneratePersianRaster();
+    void paletteAppendMirrored();
     void selectPattern();
     void exportPaletteToText();
     void settingsPaletteCopyFormat();

@@ -1,5 +1,6 @@
 // The main window with a document: opening images and palettes, the built-in list, the RGB
 // actions, zoom and the messages a user meets on the way.
+#include "actioncatalogue.h"
 #include "chromaxismainwindow.h"
 #include "cxpropertywidget.h"
 #include "palette/describedexception.h"
@@ -305,10 +306,21 @@ void TestDocumentWindow::saveMessages()
 void TestDocumentWindow::unbuiltCommandSaysSo()
 {
     ChromaxisMainWindow w(&m_db);
+    // Whichever command has no slot yet; the list shrinks as commands are built.
+    QString unbuilt;
+    for (const ActionEntry &e : actionCatalogue()) {
+        const QByteArray signature = QMetaObject::normalizedSignature(QByteArray(e.slot) + "()");
+        if (w.metaObject()->indexOfMethod(signature) < 0 && QByteArray(e.slot) != "close") {
+            unbuilt = QString::fromLatin1(e.slot);
+            break;
+        }
+    }
+    if (unbuilt.isEmpty())
+        QSKIP("every command of the catalogue is built");
     SeenBox seen;
     answerNextBox(seen, QMessageBox::Ok);
-    w.action("paletteManipulateSharpen")->trigger();
-    QVERIFY(seen.seen);
+    w.action(unbuilt)->trigger();
+    QVERIFY2(seen.seen, qPrintable(unbuilt));
     QVERIFY2(seen.text.contains("not available yet"), qPrintable(seen.text));
 }
 

@@ -173,6 +173,34 @@ void TestPaletteDialogs::dialogPreviewsCancelsAndInstalls_data()
                                  << "Blur palette"
                                  << "blur"
                                  << "method" << QVariant(1) << "method:1\n";
+    QTest::newRow("sharpen") << "paletteManipulateSharpen"
+                             << "Sharpen palette"
+                             << "sharpen"
+                             << "amount" << QVariant(300) << "amount:300\n";
+    QTest::newRow("sharpen mode") << "paletteManipulateSharpen"
+                                  << "Sharpen palette"
+                                  << "sharpen"
+                                  << "mode" << QVariant(3) << "mode:3\n";
+    QTest::newRow("resize") << "paletteSetSize"
+                            << "Resize the palette"
+                            << "resize_palette"
+                            << "size" << QVariant(40) << "size:40\n";
+    QTest::newRow("resize method") << "paletteSetSize"
+                                   << "Resize the palette"
+                                   << "resize_palette"
+                                   << "method" << QVariant(2) << "method:2\n";
+    QTest::newRow("repetition pattern") << "paletteGenerateUsingPattern"
+                                        << "Repetition pattern"
+                                        << "pattern_generation"
+                                        << "count" << QVariant(3) << "count:3\n";
+    QTest::newRow("repetition mirror") << "paletteGenerateUsingPattern"
+                                       << "Repetition pattern"
+                                       << "pattern_generation"
+                                       << "mirror" << QVariant(true) << "mirror:1\n";
+    QTest::newRow("persian raster") << "paletteGeneratePersianRaster"
+                                    << "Persian raster"
+                                    << "persian_raster"
+                                    << "period1" << QVariant(3) << "period1:3\n";
     QTest::newRow("tint") << "paletteManipulateTint"
                           << "Tint"
                           << "tint"
@@ -349,6 +377,10 @@ void TestPaletteDialogs::resultKeepsOrLeavesThePaletteFile_data()
                           << "value" << QVariant(3) << true;
     QTest::newRow("shift") << "paletteOrderShift"
                            << "offset" << QVariant(2) << true;
+    QTest::newRow("resize") << "paletteSetSize"
+                            << "size" << QVariant(7) << true;
+    QTest::newRow("persian raster") << "paletteGeneratePersianRaster"
+                                    << "period2" << QVariant(2) << true;
     QTest::newRow("cosini") << "paletteGenerateUsingCosini"
                             << "size" << QVariant(24) << false;
     QTest::newRow("interpolation") << "paletteGenerateInterpolation"

@@ -49,6 +49,7 @@ private slots:
     void apply();
     void setOverridesFile();
     void gimpInAndOut();
+    void reorderedGimpPalette();
     void generatorsFromNothing();
     void generate_data();
     void generate();
@@ -115,6 +116,21 @@ void TestCliOperations::apply_data()
                                         << "" << QStringList() << "" << std::set<int>();
     QTest::newRow("interpolate selected") << "interpolate_selected"
                                           << "" << QStringList() << "0,5" << std::set<int>{0, 5};
+    QTest::newRow("sort colors") << "sort_colors"
+                                 << "" << QStringList{"key=0", "descending=1"} << "" << std::set<int>();
+    QTest::newRow("sort selected") << "sort_colors"
+                                   << "key:4\nsel_only:1\ndescending:1" << QStringList() << "0,2-4" << std::set<int>{0, 2, 3, 4};
+    QTest::newRow("sharpen") << "sharpen"
+                             << "" << QStringList{"amount=200", "radius=1", "method=0"} << "" << std::set<int>();
+    QTest::newRow("resize") << "resize_palette"
+                            << "size:11\nmode:3\nmethod:2" << QStringList() << "" << std::set<int>();
+    QTest::newRow("repetition pattern") << "pattern_generation"
+                                        << "" << QStringList{"count=2", "mirror=1"} << "1,3,4" << std::set<int>{1, 3, 4};
+    QTest::newRow("persian raster") << "persian_raster"
+                                    << "period1:2\nperiod2:1\nreverse:1\nsize:9" << QStringList() << ""
+                                    << std::set<int>();
+    QTest::newRow("append mirrored") << "palette_append_mirrored"
+                                     << "" << QStringList() << "" << std::set<int>();
 }
 
 void TestCliOperations::apply()
@@ -174,6 +190,34 @@ void TestCliOperations::gimpInAndOut()
     QVERIFY(out[1] == Colour(0, 65280, 0, 65535));
     QVERIFY(out[0] == Colour(0, 0, 0, 65535));
     QVERIFY(out[2] == Colour(0, 65280, 0, 65535));
+}
+
+void TestCliOperations::reorderedGimpPalette()
+{
+    // Black, red, green, blue, yellow, white by luminance: black, blue, red, green, yellow, white.
+    CliRun r = runCli({"palette", "apply", "sort_colors", path("six.gpl"), path("sorted.gpl"), "--set", "key=4"});
+    QCOMPARE(r.err, QString());
+    QCOMPARE(r.code, 0);
+    Palette<uint> in, out;
+    importPalette(path("six.gpl"), in, FormatGimp);
+    importPalette(path("sorted.gpl"), out, FormatGimp);
+    QCOMPARE(out.size(), 6);
+    for (const auto &[to, from] : std::vector<std::pair<int, int>>{{0, 0}, {1, 3}, {2, 1}, {3, 2}, {4, 4}, {5, 5}})
+        QVERIFY(out[to] == in[from]);
+    // The mirror doubles the ends: twelve entries, the second half the first backwards.
+    r = runCli({"palette", "apply", "palette_append_mirrored", path("six.gpl"), path("mirrored.gpl")});
+    QCOMPARE(r.code, 0);
+    Palette<uint> mirrored;
+    importPalette(path("mirrored.gpl"), mirrored, FormatGimp);
+    QCOMPARE(mirrored.size(), 12);
+    for (int i = 0; i < 6; ++i)
+        QVERIFY(mirrored[i] == in[i] && mirrored[11 - i] == in[i]);
+    // An empty palette cannot be resized: the command says why and writes nothing.
+    write("empty.gpl", "GIMP Palette\n");
+    r = runCli({"palette", "apply", "resize_palette", path("empty.gpl"), path("resized.gpl")});
+    QCOMPARE(r.code, 1);
+    QCOMPARE(r.err, QStringLiteral("Empty palette: An empty palette cannot be resized.\n"));
+    QVERIFY(!QFile::exists(path("resized.gpl")));
 }
 
 void TestCliOperations::generatorsFromNothing()

@@ -9,6 +9,7 @@
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QMessageBox>
+#include <QSpinBox>
 #include <QVBoxLayout>
 
 PaletteDialog::PaletteDialog(const Palette<uint> &palette, const std::set<int> &selection,
@@ -128,6 +129,16 @@ QCheckBox *PaletteDialog::makeCheckBox(const QString &text, const char *key)
     box->setObjectName(QString::fromLatin1(key));
     connect(box, &QCheckBox::toggled, this, &PaletteDialog::controlChanged);
     return box;
+}
+
+QSpinBox *PaletteDialog::makeSpinBox(const char *key, int minimum, int maximum, int value)
+{
+    auto *spin = new QSpinBox;
+    spin->setObjectName(QString::fromLatin1(key));
+    spin->setRange(minimum, maximum);
+    spin->setValue(value);
+    connect(spin, QOverload<int>::of(&QSpinBox::valueChanged), this, &PaletteDialog::controlChanged);
+    return spin;
 }
 
 QComboBox *PaletteDialog::makeColourSpaceBox(const char *key)

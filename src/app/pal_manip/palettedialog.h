@@ -12,6 +12,7 @@ class QCheckBox;
 class QComboBox;
 class QCombinedSliderSpin;
 class QLayout;
+class QSpinBox;
 
 // The common ground of the palette dialogs: a copy of the document's palette and selection, the
 // settings row, OK and Cancel, and a live result. A dialog only turns its controls into settings
@@ -74,6 +75,7 @@ protected:
     // Controls named after their settings key, each reporting its changes to controlChanged().
     QCombinedSliderSpin *makeSlider(const char *key, int minimum, int maximum, int pageStep, int value);
     QCheckBox *makeCheckBox(const QString &text, const char *key);
+    QSpinBox *makeSpinBox(const char *key, int minimum, int maximum, int value);
     QComboBox *makeColourSpaceBox(const char *key);
     // The four component names of a colour space for labels, "-" where the space has fewer.
     static QStringList componentLabels(int space);

@@ -65,12 +65,15 @@ void ChromaxisDocument::setPaletteResult(const Palette<uint> &result, PaletteOri
     setPaletteState(resultState(result, origin));
 }
 
-void ChromaxisDocument::setPreviewPalette(const Palette<uint> &result, PaletteOrigin origin)
+void ChromaxisDocument::setPreviewPalette(const Palette<uint> &result, PaletteOrigin origin, bool keepPicture)
 {
     m_preview = resultState(result, origin).palette;
     m_previewOrigin = origin;
     m_hasPreview = true;
-    m_image.image.renderInto(m_preview, m_previewPicture);
+    if (keepPicture)
+        m_previewPicture = m_image.image.picture();
+    else
+        m_image.image.renderInto(m_preview, m_previewPicture);
     emit displayedPaletteChanged();
 }
 

@@ -69,7 +69,10 @@ public:
     // ---- Preview
     // Shows result as the palette it would become, until it is cleared, committed or dropped by a
     // change of the palette or the image.
-    void setPreviewPalette(const Palette<uint> &result, PaletteOrigin origin = PaletteOrigin::Edit);
+    // With keepPicture the picture stays as it is: the result moved entries and the image's
+    // pixels move with them (a sort), which shows exactly the picture there is now.
+    void setPreviewPalette(const Palette<uint> &result, PaletteOrigin origin = PaletteOrigin::Edit,
+                           bool keepPicture = false);
     void clearPreview();
     bool hasPreview() const { return m_hasPreview; }
     // Installs the pending preview as one history step, worked out against the palette as it is

@@ -6,10 +6,12 @@
 #include "conversion/imagetransforms.h"
 #include "document/chromaxisdocument.h"
 #include "document/documentproject.h"
+#include "document/indexremap.h"
 #include "formats/paletteformats.h"
 #include "formats/writefileatomically.h"
 #include "operations/paletteedits.h"
 #include "operations/paletteoperations.h"
+#include "operations/palettesort.h"
 #include "operations/selectionlist.h"
 #include "operations/selectionpattern.h"
 #include "palette/describedexception.h"
@@ -212,6 +214,11 @@ void DocumentCommands::takeBuiltin(int index)
 void DocumentCommands::applyPaletteOperation(const QString &name, const std::set<int> &selection,
                                              const SettingsText::Pairs &settings)
 {
+    // A replayed or scripted sort keeps the picture just as the dialog's does.
+    if (name == SortSettings::settingsName) {
+        sortColors(selection, settings);
+        return;
+    }
     m_document.setPaletteResult(PaletteOperations::apply(name, m_document.palette(), selection, settings),
                                 ChromaxisDocument::originOf(name));
     record(name, SettingsText::formatLines(settings) + operationSelection(selection));
@@ -221,6 +228,34 @@ void DocumentCommands::installPalette(const Palette<uint> &palette, const QStrin
 {
     m_document.setPaletteResult(palette, ChromaxisDocument::originOf(step));
     record(step, settingsText + operationSelection(m_document.selection()));
+}
+
+bool DocumentCommands::sortMovesPixels(const SettingsText::Pairs &settings) const
+{
+    const int mode = m_document.imageMode();
+    return SortSettings::fromPairs(settings).remap &&
+           (mode == DocumentImage::Indexed8 || mode == DocumentImage::Indexed32);
+}
+
+void DocumentCommands::sortColors(const std::set<int> &selection, const SettingsText::Pairs &settings)
+{
+    const SortSettings sort = SortSettings::fromPairs(settings);
+    const Palette<uint> &palette = m_document.palette();
+    const std::vector<int> order = PaletteSort::order(palette, selection, sort);
+    const Palette<uint> sorted = PaletteSort::reordered(palette, order);
+    const bool movesPixels = sortMovesPixels(settings) && sorted != palette;
+    if (movesPixels) {
+        const DocumentImage image = remapIndexes(m_document.image(), PaletteSort::newPlaces(order));
+        m_document.beginGroup();
+        m_document.setPaletteResult(sorted, ChromaxisDocument::PaletteOrigin::Edit);
+        m_document.setImage(image);
+        m_document.endGroup();
+    } else {
+        m_document.setPaletteResult(sorted, ChromaxisDocument::PaletteOrigin::Edit);
+    }
+    record(SortSettings::settingsName,
+           SettingsText::format(SortSettings::settingsName, SettingsText::formatLines(sort.toPairs())) +
+               operationSelection(selection));
 }
 
 bool DocumentCommands::setPaletteSize(int size)

@@ -66,6 +66,13 @@ public:
     // The result of a palette dialog, recorded under the dialog's step with its settings text and
     // the document's selection.
     void installPalette(const Palette<uint> &palette, const QString &step, const QString &settingsText);
+    // Sorts the palette, or its selected entries, by a "sort_colors" setting. When the setting
+    // asks for it an indexed image's pixels follow their colours in the same history step, so the
+    // picture stays as it was; a continuous image cannot follow (its cells are positions along the
+    // palette) and shows the sorted palette. applyPaletteOperation("sort_colors") comes here.
+    void sortColors(const std::set<int> &selection, const SettingsText::Pairs &settings);
+    // Whether sortColors with these settings moves the image's pixels along.
+    bool sortMovesPixels(const SettingsText::Pairs &settings) const;
     // False when the size is fixed or out of the window's range: the palette stays as it is. A size
     // past PaletteLimits::maximumLength is refused with PaletteLimits::tooLong, whatever the range.
     bool setPaletteSize(int size);

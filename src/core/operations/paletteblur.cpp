@@ -97,19 +97,10 @@ Palette<uint> blur(const Palette<uint> &palette, const std::set<int> &selection,
         if (!PaletteOperations::isEligible(i, settings.selectedOnly, selection))
             continue;
         for (size_t k = 0; k < 4; ++k) {
-            const int r = settings.radii[k];
-            if (r <= 0)
+            if (settings.radii[k] <= 0)
                 continue;
-            double sum = 0.0, weightSum = 0.0;
-            for (int j = -r; j <= r; ++j) {
-                const int at = i + j;
-                if (at < 0 || at >= n)
-                    continue;
-                const double w = kernels[k][size_t(j + r)];
-                sum += w * source[size_t(at)][k];
-                weightSum += w;
-            }
-            const double value = weightSum == 0.0 ? sum : sum / weightSum;
+            const double value =
+                weightedMean(i, n, kernels[k], [&](int at) { return source[size_t(at)][k]; });
             blurred[size_t(i)][k] = value < 0.0 ? 0.0 : value;
         }
     }

@@ -49,6 +49,26 @@ namespace PaletteBlur {
 // dialog's kernel shape, kept). r = 0 gives one weight that the blur never uses.
 std::vector<double> kernel(int radius, int method);
 
+// The kernel-weighted mean of value(n) over the neighbours n = i - r .. i + r of entry i among
+// count entries, r being the kernel's radius. Neighbours beyond either end are left out together
+// with their weights, so the ends average over fewer entries; when the weights used sum to exactly
+// 0 the plain sum is taken. The blur averages the values themselves, the sharpening the
+// differences from the entry.
+template <class Value> double weightedMean(int i, int count, const std::vector<double> &kernel, Value value)
+{
+    const int r = int(kernel.size() / 2);
+    double sum = 0.0, weightSum = 0.0;
+    for (int j = -r; j <= r; ++j) {
+        const int at = i + j;
+        if (at < 0 || at >= count)
+            continue;
+        const double w = kernel[size_t(j + r)];
+        sum += w * value(at);
+        weightSum += w;
+    }
+    return weightSum == 0.0 ? sum : sum / weightSum;
+}
+
 // The weighted mean of each component over the neighbours within its radius, read from the
 // unblurred values; neighbours beyond either end are left out together with their weights, so
 // the ends average over fewer entries. The "Wrap" setting has no effect: the dialog has always

@@ -5,6 +5,10 @@
 #include "palette/describedexception.h"
 #include "operations/paletteblur.h"
 #include "operations/palettegenerators.h"
+#include "operations/palettepatterns.h"
+#include "operations/paletteresize.h"
+#include "operations/palettesharpen.h"
+#include "operations/palettesort.h"
 #include "operations/palettetint.h"
 #include "palette/standardpalettes.h"
 #include "operations/tonemanipulation.h"
@@ -75,6 +79,10 @@ void registerBuiltins()
         PaletteTint::registerOperations(family);
         ColorInterpolation::registerOperations(family);
         CosinePalette::registerOperations(family);
+        PaletteSort::registerOperations(family);
+        PaletteSharpen::registerOperations(family);
+        PaletteResize::registerOperations(family);
+        PalettePatterns::registerOperations(family);
     });
 }
 
