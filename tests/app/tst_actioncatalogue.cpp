@@ -196,8 +196,7 @@ void TestActionCatalogue::paletteMenuHasNoPlaceholders()
             actions << a->menu()->actions();
             continue;
         }
-        // Batch conversion is built on its own.
-        if (a->isSeparator() || a->objectName() == "paletteBatchConvert")
+        if (a->isSeparator())
             continue;
         const int seen = dismisser.texts().size();
         a->trigger();

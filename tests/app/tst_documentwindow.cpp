@@ -377,6 +377,7 @@ void TestDocumentWindow::failuresSayWhy()
                             .arg(pipe));
     struct stat st;
     QVERIFY(lstat(QFile::encodeName(pipe).constData(), &st) == 0 && S_ISFIFO(st.st_mode));
+}
 
 void TestDocumentWindow::hostileImagesSayWhy_data()
 {
