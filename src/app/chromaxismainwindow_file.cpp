@@ -191,7 +191,8 @@ bool ChromaxisMainWindow::saveImageAs()
     QSettings s;
     QString filter = s.value("default_image_save_type").toString();
     QString path = QFileDialog::getSaveFileName(this, tr("Save image as"), dialogDirectory("default_image_dir"),
-                                                DocumentImageIO::saveFilters().join(";;"), &filter);
+                                                DocumentImageIO::saveFilters(m_document.imageMode()).join(";;"),
+                                                &filter);
     if (path.isEmpty())
         return false;
     path = withFilterSuffix(path, filter);
