@@ -37,8 +37,9 @@ public:
     // and the bytes stay within what one QByteArray holds.
     static constexpr qint64 maxUncompressedSize = qint64(0x7F000000);
 
-    // The uncompressed bytes of a project. Throws "Could not save" for a selection outside the
-    // palette or a project larger than maxUncompressedSize.
+    // The uncompressed bytes of a project. Throws "Could not save" for a negative selection index,
+    // a selection of more than SelectionList::maximumCount indexes or a project larger than
+    // maxUncompressedSize. Indexes at or past the palette's end are written; reading keeps them.
     static QByteArray encode(const ProjectData &data);
     // Parses uncompressed bytes; fileName goes into the messages. Data that ends early reads as
     // empty strings and zeros and so fails at the next section tag.
