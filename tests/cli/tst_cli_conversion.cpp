@@ -140,7 +140,8 @@ void TestCliConversion::indexedSourceConvertsLikeItsPicture_data()
     QTest::addColumn<QStringList>("command");
     const QList<QStringList> commands{
         {"image", "quantise", "--set", "palette=0", "--set", "dither=0"},
-        {"image", "quantise", "--set", "palette=3", "--set", "method=2", "--set", "colors=3", "--set", "dither=1"},
+        {"image", "quantise", "--set", "palette=3", "--set", "method=2", "--set", "colors=3", "--set",
+         "dither=1"},
         {"image", "quantise", "--set", "palette=6", "--set", "format=1"},
         {"image", "convert", "--set", "palette=0"},
         {"image", "convert", "--set", "palette=1", "--set", "mode=1"},

@@ -49,7 +49,8 @@ void TestCliImage::initTestCase()
     frame.localTable = {qRgb(5, 6, 7), qRgb(80, 90, 100), qRgb(250, 0, 0), qRgb(0, 0, 250)};
     frame.transparent = 1;
     QVERIFY(writeFile(path("local.gif"), buildGif(2, 2, {qRgb(255, 255, 255), qRgb(0, 0, 0)}, {frame})));
-    QVERIFY(writeFile(path("broken.gif"), buildGif(2, 2, {qRgb(255, 255, 255), qRgb(0, 0, 0)}, {frame}).left(30)));
+    QVERIFY(writeFile(path("broken.gif"),
+                      buildGif(2, 2, {qRgb(255, 255, 255), qRgb(0, 0, 0)}, {frame}).left(30)));
 }
 
 void TestCliImage::show_data()
@@ -60,13 +61,16 @@ void TestCliImage::show_data()
     QTest::addColumn<int>("mode");
     QTest::addColumn<int>("paletteSize");
     QTest::addColumn<QJsonArray>("firstEntries");
-    const auto entry = [](int r, int g, int b, int a = 65535) { return QJsonArray{r << 8, g << 8, b << 8, a}; };
+    const auto entry = [](int r, int g, int b, int a = 65535) {
+        return QJsonArray{r << 8, g << 8, b << 8, a};
+    };
     // An indexed file shows its own colour table.
     QTest::newRow("indexed png") << "indexed.png" << 3 << 2 << 2 << 3
                                  << QJsonArray{entry(9, 9, 9), entry(200, 100, 50), entry(1, 2, 3)};
     // The first frame's local table, not the global one; the transparent entry has alpha 0.
     QTest::newRow("gif") << "local.gif" << 2 << 2 << 2 << 4
-                         << QJsonArray{entry(5, 6, 7), entry(80, 90, 100, 0), entry(250, 0, 0), entry(0, 0, 250)};
+                         << QJsonArray{entry(5, 6, 7), entry(80, 90, 100, 0), entry(250, 0, 0),
+                                       entry(0, 0, 250)};
     // An RGB image has no palette of its own.
     QTest::newRow("rgb png") << "rgb.png" << 4 << 5 << 1 << 0 << QJsonArray{};
     // Cells are shown through the start-up palette, the standard grayscale.
@@ -162,8 +166,9 @@ void TestCliImage::failures_data()
                                    << "Could not load: Cannot load junk.png.\nUnknown image format.\n";
     QTest::newRow("missing file") << QStringList{"image", "show", "@none.png"} << 1
                                   << "Could not load: Cannot load none.png.\nUnknown error.\n";
-    QTest::newRow("gif cut short") << QStringList{"image", "show", "@broken.gif"} << 1
-                                   << "Could not load: Cannot load broken.gif.\nThe GIF file is damaged or cut short.\n";
+    QTest::newRow("gif cut short")
+        << QStringList{"image", "show", "@broken.gif"} << 1
+        << "Could not load: Cannot load broken.gif.\nThe GIF file is damaged or cut short.\n";
     QTest::newRow("bad interpolate") << QStringList{"image", "render", "@indexed.png", "@x.png", "--interpolate", "2"}
                                      << 2 << "";
     QTest::newRow("unwritable output")

@@ -159,9 +159,9 @@ void TestCliProject::createAndShow()
         QCOMPARE(palette["properties"].toObject()["file"].toString(), QString("duo"));
     } else if (paletteSize == 3) {
         // The image's colour table, named after the image; it has no palette file.
-        QCOMPARE(palette["entries"].toArray(),
-                 QJsonArray({QJsonArray{9 << 8, 9 << 8, 9 << 8, 65535}, QJsonArray{200 << 8, 100 << 8, 50 << 8, 65535},
-                             QJsonArray{1 << 8, 2 << 8, 3 << 8, 65535}}));
+        QCOMPARE(palette["entries"].toArray(), QJsonArray({QJsonArray{9 << 8, 9 << 8, 9 << 8, 65535},
+                                                           QJsonArray{200 << 8, 100 << 8, 50 << 8, 65535},
+                                                           QJsonArray{1 << 8, 2 << 8, 3 << 8, 65535}}));
         QCOMPARE(palette["properties"].toObject()["name"].toString(), QString("indexed"));
         QCOMPARE(palette["properties"].toObject()["file"].toString(), QString());
     } else {
@@ -332,7 +332,8 @@ void TestCliProject::failures_data()
                                                      << "No image: The project exact.cxw holds no image.\n";
     QTest::newRow("selection larger than a selection holds")
         << QStringList{"project", "create", "@x.cxw", "--select", "0-1048576"} << 1
-        << "Invalid selection: The selection '0-1048576' names 1048577 indexes; a selection holds at most 1048576.\n";
+        << "Invalid selection: The selection '0-1048576' names 1048577 indexes; a selection holds at most "
+           "1048576.\n";
     QTest::newRow("unwritable output")
         << QStringList{"project", "create", "@no/dir/x.cxw"} << 1
         << "Could not save: Cannot save project x.cxw.\nCould not open the file for "

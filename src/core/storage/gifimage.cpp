@@ -18,9 +18,10 @@ namespace GifImage {
 
 namespace {
 
-// One code of at most 12 bits stands for at most 4096 pixels, and a byte holds parts of at most
-// four codes: a frame claiming more pixels than that from the bytes left cannot be there.
-constexpr qint64 maxPixelsPerByte = 4 * 4096;
+// A code w bits wide names one of at most 2^w table entries, none longer than the table, so a bit
+// of data yields at most 2^w / w pixels: 4096 / 12 at GIF's widest codes, under 2731 a byte. A frame
+// claiming more pixels than the bytes left can hold is refused before anything is allocated.
+constexpr qint64 maxPixelsPerByte = 4096;
 
 [[noreturn]] void fail(const QString &name, const QString &reason)
 {
@@ -127,7 +128,8 @@ DocumentImage decode(const QByteArray &data, const QString &name)
              QStringLiteral("The image size %1 x %2 is not supported.").arg(frame.Width).arg(frame.Height));
     const qint64 width = std::max<qint64>(gif->SWidth, qint64(frame.Left) + frame.Width);
     const qint64 height = std::max<qint64>(gif->SHeight, qint64(frame.Top) + frame.Height);
-    if (width * height > maxPixels)
+    // A frame may reach past the logical screen, but not past what a GIF can describe.
+    if (width > 65535 || height > 65535 || width * height > maxPixels)
         fail(name, QStringLiteral("The image size %1 x %2 is not supported.").arg(width).arg(height));
     if (!table || table->ColorCount <= 0 || !table->Colors)
         fail(name, QStringLiteral("The GIF image has no colour table."));

@@ -20,8 +20,9 @@ bool isGifFile(const QString &path);
 
 // The first frame as an 8-bit indexed image (not rendered yet; its picture shows its own colours)
 // whose image palette is the frame's colour table, the local table before the global one. The
-// entry of a transparent index gets alpha 0. The picture covers the logical screen; what the frame
-// leaves uncovered holds the transparent index, or else the background index. Every failure is a
+// entry of a transparent index gets alpha 0. The picture covers the logical screen and the frame,
+// within 65535 x 65535; what the frame leaves uncovered holds the transparent index, or else the
+// background index. Every failure is a
 // DescribedException titled "Could not load" that names the file by name.
 DocumentImage fromBytes(const QByteArray &data, const QString &name);
 DocumentImage read(const QString &path);

@@ -113,7 +113,8 @@ QByteArray cellsOf(const DocumentImage &image)
         for (int y = 0; y < image.height(); ++y)
             out += QByteArray(reinterpret_cast<const char *>(image.indexRow(y)), image.width());
     else if (image.mode() == DocumentImage::Indexed32)
-        out = QByteArray(reinterpret_cast<const char *>(image.indexCells().data()), int(image.indexCells().size() * 4));
+        out = QByteArray(reinterpret_cast<const char *>(image.indexCells().data()),
+                         int(image.indexCells().size() * 4));
     else if (image.mode() == DocumentImage::Continuous)
         out = QByteArray(reinterpret_cast<const char *>(image.continuousCells().data()),
                          int(image.continuousCells().size() * 4));
@@ -338,7 +339,8 @@ void TestDocumentCommands::indexedImagesOpenInTheirOwnColours()
     QVERIFY(doc.isImageModified());
     for (int x = 0; x < 2; ++x) {
         const RGBAColor<uint> shown = before[int(oldImage.indexCells()[size_t(x)])];
-        QCOMPARE(doc.displayedPicture().pixel(x, 0), qRgb(int(shown.r >> 8), int(shown.g >> 8), int(shown.b >> 8)));
+        QCOMPARE(doc.displayedPicture().pixel(x, 0),
+                 qRgb(int(shown.r >> 8), int(shown.g >> 8), int(shown.b >> 8)));
     }
     QCOMPARE(doc.macros().position(), 0);
     QVERIFY(!doc.undo());
@@ -359,18 +361,19 @@ void TestDocumentCommands::indexedSourceConvertsLikeItsPicture_data()
     QVERIFY(picture.convertToFormat(QImage::Format_RGB32).save(m_dir.filePath("source-rgb.png")));
     writeBytes(m_dir.filePath("source.gif"), gifOf(picture, 3));
     const QList<QPair<QString, QString>> runs{
-        {"quantise", "palette:0\ndither:0\nformat:0"},                        // grayscale, nearest
-        {"quantise", "palette:1\ndither:0\nformat:1"},                        // extended grayscale, continuous
-        {"quantise", "palette:3\nmethod:2\ncolors:4\ndither:3"},             // Wu, error diffusion
-        {"quantise", "palette:6\ndither:0\nformat:0"},                        // the image's own colours
-        {"quantise", "palette:7\ndither:11\nformat:0"},                       // black and white, Bayer
-        {"convert", "mode:0\npalette:0"},                                     // 8-bit grayscale
-        {"convert", "mode:0\npalette:1"},                                     // 32-bit channel sums
-        {"convert", "mode:1\npalette:1\ninterpolate:1"},                     // continuous
+        {"quantise", "palette:0\ndither:0\nformat:0"},           // grayscale, nearest
+        {"quantise", "palette:1\ndither:0\nformat:1"},           // extended grayscale, continuous
+        {"quantise", "palette:3\nmethod:2\ncolors:4\ndither:3"}, // Wu, error diffusion
+        {"quantise", "palette:6\ndither:0\nformat:0"},           // the image's own colours
+        {"quantise", "palette:7\ndither:11\nformat:0"},          // black and white, Bayer
+        {"convert", "mode:0\npalette:0"},                        // 8-bit grayscale
+        {"convert", "mode:0\npalette:1"},                        // 32-bit channel sums
+        {"convert", "mode:1\npalette:1\ninterpolate:1"},         // continuous
     };
     for (const QString source : {"source.png", "source.gif"})
         for (const auto &run : runs)
-            QTest::newRow(qPrintable(source + ", " + run.first + ", " + QString(run.second).replace('\n', ' ')))
+            QTest::newRow(
+                qPrintable(source + ", " + run.first + ", " + QString(run.second).replace('\n', ' ')))
                 << m_dir.filePath(source) << run.first << run.second;
 }
 
@@ -412,7 +415,8 @@ void TestDocumentCommands::projectKeepsSelectionPastTheEnd()
     ChromaxisDocument doc;
     DocumentCommands commands(doc, nullptr);
     doc.setPaletteState({rampOf(6), 0, QString(), false, false}, true);
-    commands.selectPattern({{"start_index", "0"}, {"set_number", "1"}, {"skip_number", "1"}, {"full_palette", "1"}});
+    commands.selectPattern(
+        {{"start_index", "0"}, {"set_number", "1"}, {"skip_number", "1"}, {"full_palette", "1"}});
     QCOMPARE(doc.selection(), std::set<int>({0, 2, 4, 6}));
     commands.saveProject(project);
     QCOMPARE(ProjectFile::read(project).selection, std::set<int>({0, 2, 4, 6}));

@@ -78,7 +78,8 @@ inline QByteArray buildGif(int screenWidth, int screenHeight, const QVector<QRgb
         std::vector<int> rows;
         const int starts[] = {0, 4, 2, 1}, steps[] = {8, 8, 4, 2};
         for (int pass = 0; pass < (frame.interlace ? 4 : 1); ++pass)
-            for (int y = frame.interlace ? starts[pass] : 0; y < frame.height; y += frame.interlace ? steps[pass] : 1)
+            for (int y = frame.interlace ? starts[pass] : 0; y < frame.height;
+                 y += frame.interlace ? steps[pass] : 1)
                 rows.push_back(y);
         for (int y : rows) {
             std::vector<GifPixelType> line(frame.pixels.begin() + y * frame.width,

@@ -164,8 +164,8 @@ void TestDocumentImageIO::indexedImagesSaveAsGif()
     QVERIFY(f.open(QIODevice::WriteOnly));
     f.write("old contents");
     f.close();
-    for (const DocumentImage &cells : {DocumentImage::fromIndexes32(2, 1, {0, 1}),
-                                       DocumentImage::fromContinuous(2, 1, {0.0f, 9.0f})}) {
+    for (const DocumentImage &cells :
+         {DocumentImage::fromIndexes32(2, 1, {0, 1}), DocumentImage::fromContinuous(2, 1, {0.0f, 9.0f})}) {
         try {
             DocumentImageIO::save(old, cells);
             QFAIL("no exception");

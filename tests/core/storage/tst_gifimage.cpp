@@ -128,8 +128,8 @@ void TestGifImage::readsFirstFrameInItsColours_data()
 
     GifFrame second = frame(0, 0, 2, 1, {0, 0});
     second.localTable = otherFour;
-    QTest::newRow("first frame of two")
-        << buildGif(2, 1, four, {frame(0, 0, 2, 1, {1, 3}), second}) << 2 << 1 << bytes({1, 3}) << entriesOf(four);
+    QTest::newRow("first frame of two") << buildGif(2, 1, four, {frame(0, 0, 2, 1, {1, 3}), second}) << 2 << 1
+                                        << bytes({1, 3}) << entriesOf(four);
 
     QVector<QRgb> pair{qRgb(0, 0, 0), qRgb(255, 255, 255)};
     QTest::newRow("two colours") << buildGif(3, 1, pair, {frame(0, 0, 3, 1, {1, 0, 1})}) << 3 << 1
@@ -163,7 +163,8 @@ void TestGifImage::refusesMalformedFiles_data()
 {
     QTest::addColumn<QByteArray>("gif");
     QTest::addColumn<QString>("message");
-    const QString damaged = QStringLiteral("Could not load: Cannot load t.gif.\nThe GIF file is damaged or cut short.");
+    const QString damaged =
+        QStringLiteral("Could not load: Cannot load t.gif.\nThe GIF file is damaged or cut short.");
     const QByteArray plain = plainGif();
     // Header 6, screen 7, global table 12, then the image separator.
     const int separator = 6 + 7 + 12;
@@ -175,8 +176,8 @@ void TestGifImage::refusesMalformedFiles_data()
     QByteArray noTable = plain;
     noTable[10] = char(uchar(noTable[10]) & 0x7F);
     noTable.remove(13, 12);
-    QTest::newRow("no colour table") << noTable
-                                     << "Could not load: Cannot load t.gif.\nThe GIF image has no colour table.";
+    QTest::newRow("no colour table")
+        << noTable << "Could not load: Cannot load t.gif.\nThe GIF image has no colour table.";
     QByteArray unknownBlock = plain;
     unknownBlock[separator] = 'x';
     QTest::newRow("unknown block") << unknownBlock << damaged;
@@ -194,6 +195,10 @@ void TestGifImage::refusesMalformedFiles_data()
     bigClaim[separator + 5] = bigClaim[separator + 7] = char(16000 & 0xFF);
     bigClaim[separator + 6] = bigClaim[separator + 8] = char(16000 >> 8);
     QTest::newRow("frame larger than its data") << bigClaim << damaged;
+    QByteArray offScreen = plain;
+    offScreen[separator + 3] = offScreen[separator + 4] = char(0xFF);
+    QTest::newRow("frame below what a GIF can describe")
+        << offScreen << "Could not load: Cannot load t.gif.\nThe image size 3 x 65537 is not supported.";
     QTest::newRow("pixels cut short") << plain.left(plain.size() - 4) << damaged;
     QByteArray badCodeSize = plain;
     badCodeSize[separator + 10] = 12;
@@ -271,8 +276,10 @@ void TestGifImage::writesNothingElse()
     QVERIFY(GifImage::toBytes(DocumentImage::fromContinuous(2, 1, {0.0f, 1.0f})).isEmpty());
     QVERIFY(GifImage::toBytes(DocumentImage()).isEmpty());
     // GIF sizes are 16-bit.
-    QVERIFY(GifImage::toBytes(DocumentImage::fromIndexes8(65536, 1, std::vector<uint8_t>(65536, 0))).isEmpty());
-    QVERIFY(!GifImage::toBytes(DocumentImage::fromIndexes8(65535, 1, std::vector<uint8_t>(65535, 0))).isEmpty());
+    QVERIFY(
+        GifImage::toBytes(DocumentImage::fromIndexes8(65536, 1, std::vector<uint8_t>(65536, 0))).isEmpty());
+    QVERIFY(
+        !GifImage::toBytes(DocumentImage::fromIndexes8(65535, 1, std::vector<uint8_t>(65535, 0))).isEmpty());
 }
 
 QTEST_GUILESS_MAIN(TestGifImage)

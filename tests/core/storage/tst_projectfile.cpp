@@ -410,7 +410,8 @@ void TestProjectFile::hugeClaims_data()
     const quint32 tooMany = quint32(SelectionList::maximumCount) + 1;
     QTest::newRow("more indexes than a selection holds")
         << palette + char(0) + str("selection") + be32(tooMany) + QByteArray(int(tooMany) * 4, '\0')
-        << "Cannot load project t.cxw.\nThe selection holds 1048577 indexes; a selection holds at most 1048576.";
+        << "Cannot load project t.cxw.\nThe selection holds 1048577 indexes; a selection holds at most "
+           "1048576.";
 }
 
 // Claims are weighed against the bytes that are there before anything is allocated for them.
@@ -575,7 +576,8 @@ void TestProjectFile::selectionTooLargeToWrite()
         QFAIL("no exception");
     } catch (const DescribedException &e) {
         QCOMPARE(e.title(), QString("Could not save"));
-        QCOMPARE(e.message(), QString("The selection holds 1048577 indexes; a selection holds at most 1048576."));
+        QCOMPARE(e.message(),
+                 QString("The selection holds 1048577 indexes; a selection holds at most 1048576."));
     }
     data.selection.erase(std::prev(data.selection.end()));
     QCOMPARE(ProjectFile::decode(ProjectFile::encode(data), "t.cxw").selection.size(),
