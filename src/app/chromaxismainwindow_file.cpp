@@ -189,8 +189,9 @@ bool ChromaxisMainWindow::saveImageAs()
         return false;
     QSettings s;
     QString filter = s.value("default_image_save_type").toString();
-    QString path = QFileDialog::getSaveFileName(this, tr("Save image as"), dialogDirectory("default_image_dir"),
-                                                DocumentImageIO::saveFilters().join(";;"), &filter);
+    QString path = QFileDialog::getSaveFileName(
+        this, tr("Save image as"), dialogDirectory("default_image_dir"),
+        DocumentImageIO::saveFilters(m_document.imageMode()).join(";;"), &filter);
     if (path.isEmpty())
         return false;
     path = withFilterSuffix(path, filter);

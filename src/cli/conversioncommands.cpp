@@ -10,6 +10,7 @@
 #include "conversion/imagequantisizer.h"
 #include "conversion/imagequantisizesettings.h"
 #include "conversion/imagetransforms.h"
+#include "document/documentcommands.h"
 #include "storage/palettedatabase.h"
 #include "storage/projectfile.h"
 #include "palette/standardpalettes.h"
@@ -23,7 +24,8 @@
 namespace {
 
 // The document IN becomes when the window opens it: a project's image and palette, or an image
-// file shown through the start-up palette. A fresh window has no last palette.
+// file shown through the start-up palette. A fresh window has no last palette until an image in
+// its own colours replaces the start-up palette.
 struct Input
 {
     DocumentImage image;
@@ -34,8 +36,13 @@ struct Input
 
 Input openInput(const QString &path)
 {
-    if (!isProjectPath(path))
-        return {DocumentImageIO::load(path), grayscalePalette(), {}, path};
+    if (!isProjectPath(path)) {
+        DocumentImage image = DocumentImageIO::load(path);
+        const Palette<uint> colours = DocumentCommands::ownColours(image, path);
+        if (colours.isEmpty())
+            return {std::move(image), grayscalePalette(), {}, path};
+        return {std::move(image), colours, grayscalePalette(), path};
+    }
     ProjectData project = ProjectFile::read(path);
     if (project.image.isNull())
         throw DescribedException(

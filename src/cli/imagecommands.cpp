@@ -2,6 +2,7 @@
 
 #include "cliargs.h"
 #include "clijson.h"
+#include "document/documentcommands.h"
 #include "palette/describedexception.h"
 #include "storage/documentimageio.h"
 #include "storage/palettedatabase.h"
@@ -20,11 +21,15 @@ struct OpenedDocument
 };
 
 // The image a file becomes when the window opens it, with the palette it is shown through: a
-// project's own palette, or for an image file the start-up palette of a fresh window.
+// project's own palette, for an image file its own colours or else the start-up palette of a
+// fresh window.
 OpenedDocument openDocument(const QString &path)
 {
-    if (!isProjectPath(path))
-        return {DocumentImageIO::load(path), grayscalePalette()};
+    if (!isProjectPath(path)) {
+        DocumentImage image = DocumentImageIO::load(path);
+        const Palette<uint> colours = DocumentCommands::ownColours(image, path);
+        return {std::move(image), colours.isEmpty() ? grayscalePalette() : colours};
+    }
     ProjectData project = ProjectFile::read(path);
     if (project.image.isNull())
         throw DescribedException(
@@ -43,11 +48,14 @@ int imageShow(CliContext &ctx)
     DocumentImage &image = document.image;
     const Palette<uint> &palette = document.palette;
     image.render(palette);
+    // The image's palette: the file's colour table, or the palette the cells are shown with; an
+    // RGB image has none.
     const QJsonObject json{{QStringLiteral("width"), image.width()},
                            {QStringLiteral("height"), image.height()},
                            {QStringLiteral("mode"), image.mode()},
                            {QStringLiteral("interpolate"), image.interpolate()},
-                           {QStringLiteral("palette"), entriesJson(palette)}};
+                           {QStringLiteral("palette"),
+                            entriesJson(image.mode() == DocumentImage::RGB ? Palette<uint>() : palette)}};
     ctx.out << QString::fromUtf8(QJsonDocument(json).toJson(QJsonDocument::Compact)) << '\n';
     return ExitOk;
 }

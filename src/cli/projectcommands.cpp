@@ -2,6 +2,7 @@
 
 #include "cliargs.h"
 #include "clijson.h"
+#include "document/documentcommands.h"
 #include "palette/describedexception.h"
 #include "storage/documentimageio.h"
 #include "storage/projectfile.h"
@@ -70,7 +71,9 @@ int projectCreate(CliContext &ctx)
     if (args.has(selectOption))
         checkSelectionList(args.value(selectOption)); // wrong usage is found before anything is read
 
-    // As the window does it: the palette is opened first, so an RGB image opened after it stays.
+    // As the window does it: the palette is opened first, so an RGB image opened after it stays;
+    // an indexed image opened alone brings its own colours, and one opened before a palette keeps
+    // that palette.
     ProjectData project;
     project.palette = grayscalePalette();
     if (args.has(paletteOption)) {
@@ -93,10 +96,15 @@ int projectCreate(CliContext &ctx)
         } else {
             project.image = DocumentImageIO::load(path);
             project.imageFileName = path;
+            const Palette<uint> colours = DocumentCommands::ownColours(project.image, path);
+            if (!colours.isEmpty() && !args.has(paletteOption))
+                project.palette = colours;
         }
     }
+    // Indexes past the palette's end are kept: the palette view ignores them, and the selection
+    // pattern's "Full palette" makes one.
     if (args.has(selectOption))
-        project.selection = SelectionList::parse(args.value(selectOption), project.palette.size());
+        project.selection = SelectionList::parse(args.value(selectOption));
     ProjectFile::write(out, project);
     return ExitOk;
 }

@@ -15,6 +15,7 @@
 
 #include <QAction>
 #include <QDir>
+#include <QFileDialog>
 #include <QMimeData>
 #include <QRadioButton>
 #include <QCheckBox>
@@ -46,6 +47,7 @@ private slots:
     void droppedFilesOpen();
     void hostileImagesSayWhy_data();
     void hostileImagesSayWhy();
+    void indexedImageSavedAsGif();
 
 private:
     QString path(const QString &name) const { return m_dir.filePath(name); }
@@ -63,7 +65,7 @@ void TestDocumentWindow::initTestCase()
 {
     m_db.loadFromText("test/red;ff0000ff0000;\ntest/blue;0000ff00ff00;\ntest/third;010203;\n");
     QImage indexed(4, 2, QImage::Format_Indexed8);
-    indexed.setColorTable({qRgb(1, 1, 1), qRgb(2, 2, 2)});
+    indexed.setColorTable({qRgb(0, 255, 0), qRgb(255, 0, 0)});
     indexed.fill(1);
     indexed.setPixel(0, 0, 0);
     QVERIFY(indexed.save(path("indexed.png")));
@@ -127,8 +129,12 @@ void TestDocumentWindow::indexedImageRecolouredByBuiltinList()
     w.show();
     QVERIFY(w.loadImageFile(path("indexed.png")));
     QCOMPARE(w.document().imageMode(), 2);
-    // Shown through the current palette (standard grayscale), not the file's own table.
-    QCOMPARE(shownPixel(w, 1, 0), qRgb(1, 1, 1));
+    // Opened in its own colours, which become the palette.
+    QCOMPARE(shownPixel(w, 0, 0), qRgb(0, 255, 0));
+    QCOMPARE(shownPixel(w, 1, 0), qRgb(255, 0, 0));
+    QCOMPARE(w.paletteView()->palette().size(), 2);
+    QCOMPARE(w.propertyWidget()->value("Palette", "Name"), QString("indexed"));
+    QCOMPARE(w.propertyWidget()->value("Image", "Mode"), QString("indexed 8bit"));
 
     w.action("paletteNextDB")->trigger(); // from index 0 to 1
     QCOMPARE(w.document().palette().property(PaletteName), QString("test/blue"));
@@ -335,9 +341,55 @@ void TestDocumentWindow::droppedFilesOpen()
     QVERIFY(enter.isAccepted());
     QDropEvent drop(QPointF(10, 10), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
     QApplication::sendEvent(&w, &drop);
-    QCOMPARE(w.document().palette().size(), 2);
+    // The palette first, then the image, which brings its own colours: the dropped palette is
+    // the last palette.
     QCOMPARE(w.document().imageMode(), 2);
-    QCOMPARE(shownPixel(w, 0, 0), qRgb(255, 0, 0));
+    QCOMPARE(w.document().palette().size(), 2);
+    QCOMPARE(w.document().lastPalette().property(PaletteName), QString("duo"));
+    QCOMPARE(shownPixel(w, 0, 0), qRgb(0, 255, 0));
+}
+
+// "Save image as" offers GIF for an 8-bit indexed image, and the GIF opens again in its colours.
+void TestDocumentWindow::indexedImageSavedAsGif()
+{
+    QStringList offered;
+    {
+        ChromaxisMainWindow w(&m_db);
+        w.show();
+        QVERIFY(w.loadImageFile(path("indexed.png")));
+        w.action("paletteNextDB")->trigger(); // shown in blue and green now
+        const QString gif = path("saved.gif");
+        handleNextDialog<QFileDialog>([&offered, gif](QFileDialog *d) {
+            offered = d->nameFilters();
+            d->selectFile(gif);
+            QMetaObject::invokeMethod(d, "accept");
+        });
+        QVERIFY(w.saveImageAs());
+        QCOMPARE(w.document().imageFileName(), gif);
+        w.document().setPaletteModified(false);
+    }
+    QVERIFY(offered.contains("GIF images (*.gif)"));
+
+    ChromaxisMainWindow w(&m_db);
+    w.show();
+    QVERIFY(w.loadImageFile(path("saved.gif")));
+    QCOMPARE(w.document().imageMode(), 2);
+    QCOMPARE(w.document().palette().size(), 2);
+    QCOMPARE(shownPixel(w, 0, 0), qRgb(0, 0, 255));
+    QCOMPARE(shownPixel(w, 3, 1), qRgb(0, 255, 0));
+    w.action("undo")->trigger();
+    QVERIFY(!w.document().hasImage());
+    QCOMPARE(w.document().palette().size(), 256);
+
+    // An RGB image is not offered GIF.
+    QVERIFY(w.loadImageFile(path("photo.png")));
+    handleNextDialog<QFileDialog>([&offered](QFileDialog *d) {
+        offered = d->nameFilters();
+        d->reject();
+    });
+    QVERIFY(!w.saveImageAs());
+    QVERIFY(!offered.isEmpty());
+    QVERIFY(!offered.contains("GIF images (*.gif)"));
 }
 
 // Running out of memory in a command and saving onto a pipe: a message in words, the document as

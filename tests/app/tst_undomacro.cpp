@@ -150,8 +150,9 @@ void TestUndoMacro::recordedMacroReplaysOnCommandLine()
     QVERIFY(w.document().isRecording());
     QVERIFY(w.statusBar()->findChild<QLabel *>() != nullptr);
 
-    QVERIFY(w.loadPaletteFile(path("four.gpl")));
+    // An indexed image brings its own colours; the palette loaded after it replaces them.
     QVERIFY(w.loadImageFile(path("three.png")));
+    QVERIFY(w.loadPaletteFile(path("four.gpl")));
     w.paletteView()->setSelected({0, 1});
     w.action("copy")->trigger();
     w.paletteView()->setSelected({3});

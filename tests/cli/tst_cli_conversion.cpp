@@ -6,6 +6,7 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include "../core/storage/gifbuilder.h"
 #include "clirunner.h"
 
 class TestCliConversion : public QObject
@@ -16,6 +17,8 @@ private slots:
     void quantiseToIndexedPng();
     void convertToNumpy_data();
     void convertToNumpy();
+    void indexedSourceConvertsLikeItsPicture_data();
+    void indexedSourceConvertsLikeItsPicture();
     void fastToProject();
     void projectInputGivesItsPalette();
     void missingPaletteIsReported();
@@ -45,6 +48,27 @@ void TestCliConversion::initTestCase()
     QVERIFY(writeFile(path("quantise.txt"), "image_quantisize 2.0.0\nformat:0\npalette:3\ndither:1\n"));
     QVERIFY(writeFile(path("other.txt"), "tint 2.0.0\ncolor:#000000\n"));
     QVERIFY(writeFile(path("junk.png"), "no picture here"));
+
+    // One picture three ways: an indexed PNG, a GIF with a local table and a transparent index,
+    // and the RGB picture they show.
+    QImage indexed(7, 4, QImage::Format_Indexed8);
+    QVector<QRgb> table;
+    for (int i = 0; i < 8; ++i)
+        table << qRgb(255 - i * 30, i * 33, (i * 77) % 256);
+    indexed.setColorTable(table);
+    GifFrame frame;
+    frame.width = 7;
+    frame.height = 4;
+    frame.localTable = table;
+    frame.transparent = 6;
+    for (int y = 0; y < 4; ++y)
+        for (int x = 0; x < 7; ++x) {
+            indexed.setPixel(x, y, uint((x + 2 * y) % 8));
+            frame.pixels.push_back(uint8_t((x + 2 * y) % 8));
+        }
+    QVERIFY(indexed.save(path("indexed.png")));
+    QVERIFY(indexed.convertToFormat(QImage::Format_RGB32).save(path("shown.png")));
+    QVERIFY(writeFile(path("indexed.gif"), buildGif(7, 4, {qRgb(0, 0, 0), qRgb(9, 9, 9)}, {frame})));
 }
 
 void TestCliConversion::quantiseToIndexedPng()
@@ -110,6 +134,48 @@ void TestCliConversion::convertToNumpy()
                    : mode == 3 ? double(image.indexCells()[size_t(x)])
                                : double(image.continuousCells()[size_t(x)]));
     QCOMPARE(actual, cells);
+}
+
+void TestCliConversion::indexedSourceConvertsLikeItsPicture_data()
+{
+    QTest::addColumn<QString>("source");
+    QTest::addColumn<QStringList>("command");
+    const QList<QStringList> commands{
+        {"image", "quantise", "--set", "palette=0", "--set", "dither=0"},
+        {"image", "quantise", "--set", "palette=3", "--set", "method=2", "--set", "colors=3", "--set",
+         "dither=1"},
+        {"image", "quantise", "--set", "palette=6", "--set", "format=1"},
+        {"image", "convert", "--set", "palette=0"},
+        {"image", "convert", "--set", "palette=1", "--set", "mode=1"},
+        {"image", "fast", "image_convert_grayscale"},
+        {"image", "fast", "image_convert_extended_grayscale"},
+    };
+    for (const char *source : {"indexed.png", "indexed.gif"})
+        for (const QStringList &command : commands)
+            QTest::newRow(qPrintable(QString(source) + ": " + command.mid(1).join(' '))) << source << command;
+}
+
+// The colours an indexed source shows are what is converted: the result is that of the RGB
+// picture, palette and pixels.
+void TestCliConversion::indexedSourceConvertsLikeItsPicture()
+{
+    QFETCH(QString, source);
+    QFETCH(QStringList, command);
+    const auto run = [&](const QString &in, const QString &out) {
+        QStringList args = command.mid(0, command[1] == "fast" ? 3 : 2);
+        args << path(in) << path(out) << command.mid(args.size());
+        const CliRun r = runCli(args);
+        QCOMPARE(r.err, QString());
+        QCOMPARE(r.code, 0);
+    };
+    run(source, "from-indexed.cxw");
+    run("shown.png", "from-rgb.cxw");
+    const ProjectData indexed = ProjectFile::read(path("from-indexed.cxw"));
+    const ProjectData rgb = ProjectFile::read(path("from-rgb.cxw"));
+    QVERIFY(rgb.image.mode() != DocumentImage::RGB);
+    QCOMPARE(indexed.image.mode(), rgb.image.mode());
+    QCOMPARE(indexed.palette.entries(), rgb.palette.entries());
+    QCOMPARE(ProjectFile::pixelBytes(indexed.image), ProjectFile::pixelBytes(rgb.image));
 }
 
 void TestCliConversion::fastToProject()

@@ -8,6 +8,7 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include "../core/storage/gifbuilder.h"
 #include "climagefixtures.h"
 #include "clirunner.h"
 
@@ -24,6 +25,8 @@ private slots:
     void initTestCase();
     void show_data();
     void show();
+    void renderIndexedInItsOwnColours_data();
+    void renderIndexedInItsOwnColours();
     void renderIndexedThroughPalette();
     void renderContinuousInterpolated();
     void failures_data();
@@ -40,6 +43,14 @@ void TestCliImage::initTestCase()
     QVERIFY(writeImageFixtures(m_dir));
     QVERIFY(writeFile(path("duo.gpl"), duoGpl));
     QVERIFY(writeFile(path("junk.png"), "this is no picture"));
+    GifFrame frame;
+    frame.width = frame.height = 2;
+    frame.pixels = {3, 2, 1, 0};
+    frame.localTable = {qRgb(5, 6, 7), qRgb(80, 90, 100), qRgb(250, 0, 0), qRgb(0, 0, 250)};
+    frame.transparent = 1;
+    QVERIFY(writeFile(path("local.gif"), buildGif(2, 2, {qRgb(255, 255, 255), qRgb(0, 0, 0)}, {frame})));
+    QVERIFY(writeFile(path("broken.gif"),
+                      buildGif(2, 2, {qRgb(255, 255, 255), qRgb(0, 0, 0)}, {frame}).left(30)));
 }
 
 void TestCliImage::show_data()
@@ -48,9 +59,23 @@ void TestCliImage::show_data()
     QTest::addColumn<int>("width");
     QTest::addColumn<int>("height");
     QTest::addColumn<int>("mode");
-    QTest::newRow("indexed png") << "indexed.png" << 3 << 2 << 2;
-    QTest::newRow("rgb png") << "rgb.png" << 4 << 5 << 1;
-    QTest::newRow("continuous npy") << "cont.npy" << 2 << 1 << 4;
+    QTest::addColumn<int>("paletteSize");
+    QTest::addColumn<QJsonArray>("firstEntries");
+    const auto entry = [](int r, int g, int b, int a = 65535) {
+        return QJsonArray{r << 8, g << 8, b << 8, a};
+    };
+    // An indexed file shows its own colour table.
+    QTest::newRow("indexed png") << "indexed.png" << 3 << 2 << 2 << 3
+                                 << QJsonArray{entry(9, 9, 9), entry(200, 100, 50), entry(1, 2, 3)};
+    // The first frame's local table, not the global one; the transparent entry has alpha 0.
+    QTest::newRow("gif") << "local.gif" << 2 << 2 << 2 << 4
+                         << QJsonArray{entry(5, 6, 7), entry(80, 90, 100, 0), entry(250, 0, 0),
+                                       entry(0, 0, 250)};
+    // An RGB image has no palette of its own.
+    QTest::newRow("rgb png") << "rgb.png" << 4 << 5 << 1 << 0 << QJsonArray{};
+    // Cells are shown through the start-up palette, the standard grayscale.
+    QTest::newRow("continuous npy") << "cont.npy" << 2 << 1 << 4 << 256
+                                    << QJsonArray{entry(0, 0, 0), entry(1, 1, 1)};
 }
 
 void TestCliImage::show()
@@ -59,6 +84,8 @@ void TestCliImage::show()
     QFETCH(int, width);
     QFETCH(int, height);
     QFETCH(int, mode);
+    QFETCH(int, paletteSize);
+    QFETCH(QJsonArray, firstEntries);
     const CliRun r = runCli({"image", "show", path(file)});
     QCOMPARE(r.err, QString());
     QCOMPARE(r.code, 0);
@@ -67,10 +94,38 @@ void TestCliImage::show()
     QCOMPARE(json["height"].toInt(), height);
     QCOMPARE(json["mode"].toInt(), mode);
     QCOMPARE(json["interpolate"].toBool(), false);
-    // A fresh document shows every image through the standard grayscale palette.
     const QJsonArray palette = json["palette"].toArray();
-    QCOMPARE(palette.size(), 256);
-    QCOMPARE(palette[255].toArray(), QJsonArray({65280, 65280, 65280, 65535}));
+    QCOMPARE(palette.size(), paletteSize);
+    for (int i = 0; i < firstEntries.size(); ++i)
+        QCOMPARE(palette[i].toArray(), firstEntries[i].toArray());
+}
+
+// Without --palette an image is rendered as the window shows it after opening: in its own colours.
+void TestCliImage::renderIndexedInItsOwnColours_data()
+{
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<QVector<QRgb>>("pixels");
+    QTest::newRow("indexed png") << "indexed.png"
+                                 << QVector<QRgb>{qRgb(9, 9, 9), qRgb(200, 100, 50), qRgb(1, 2, 3),
+                                                  qRgb(1, 2, 3), qRgb(200, 100, 50), qRgb(9, 9, 9)};
+    // Rendered pictures are opaque, the transparent entry too.
+    QTest::newRow("gif") << "local.gif"
+                         << QVector<QRgb>{qRgb(0, 0, 250), qRgb(250, 0, 0), qRgb(80, 90, 100), qRgb(5, 6, 7)};
+}
+
+void TestCliImage::renderIndexedInItsOwnColours()
+{
+    QFETCH(QString, file);
+    QFETCH(QVector<QRgb>, pixels);
+    const CliRun r = runCli({"image", "render", path(file), path("own.png")});
+    QCOMPARE(r.err, QString());
+    QCOMPARE(r.code, 0);
+    const QImage out(path("own.png"));
+    QVector<QRgb> shown;
+    for (int y = 0; y < out.height(); ++y)
+        for (int x = 0; x < out.width(); ++x)
+            shown << out.pixel(x, y);
+    QCOMPARE(shown, pixels);
 }
 
 void TestCliImage::renderIndexedThroughPalette()
@@ -111,6 +166,9 @@ void TestCliImage::failures_data()
                                    << "Could not load: Cannot load junk.png.\nUnknown image format.\n";
     QTest::newRow("missing file") << QStringList{"image", "show", "@none.png"} << 1
                                   << "Could not load: Cannot load none.png.\nUnknown error.\n";
+    QTest::newRow("gif cut short")
+        << QStringList{"image", "show", "@broken.gif"} << 1
+        << "Could not load: Cannot load broken.gif.\nThe GIF file is damaged or cut short.\n";
     QTest::newRow("bad interpolate") << QStringList{"image", "render", "@indexed.png", "@x.png", "--interpolate", "2"}
                                      << 2 << "";
     QTest::newRow("unwritable output")

@@ -112,6 +112,14 @@ void TestCliProject::createAndShow_data()
         << QStringList{"--image", path("rgb.png"), "--select", "3,250-252"} << 256 << ""
         << image(1, 4, 5, "rgb.png", repeated(QByteArray("\x1e\x14\x0a\xff"), 20))
         << QJsonArray{3, 250, 251, 252};
+    // Opened alone, an indexed image brings its colour table; indexes past the palette are kept.
+    QTest::newRow("indexed image in its own colours, selection past the end")
+        << QStringList{"--image", path("indexed.png"), "--select", "1-3,9"} << 3 << ""
+        << image(2, 3, 2, "indexed.png", QByteArray("\0\1\2\2\1\0", 6)) << QJsonArray{1, 2, 3, 9};
+    // "Full palette" selects the index one past the end; such a project must be made and reopened.
+    QTest::newRow("selection past the palette")
+        << QStringList{"--palette", path("duo.gpl"), "--select", "0-2"} << 2 << path("duo.gpl")
+        << QJsonValue(QJsonValue::Null) << QJsonArray{0, 1, 2};
     QTest::newRow("continuous image, float bits")
         << QStringList{"--image", path("cont.npy")} << 256 << ""
         << image(4, 2, 1, "cont.npy", QByteArray("\0\0\0\0\0\0\x80\x46", 8)) << QJsonArray{};
@@ -149,6 +157,13 @@ void TestCliProject::createAndShow()
                  QJsonArray({QJsonArray{65280, 0, 0, 65535}, QJsonArray{0, 0, 65280, 65535}}));
         QCOMPARE(palette["properties"].toObject()["name"].toString(), QString("duo"));
         QCOMPARE(palette["properties"].toObject()["file"].toString(), QString("duo"));
+    } else if (paletteSize == 3) {
+        // The image's colour table, named after the image; it has no palette file.
+        QCOMPARE(palette["entries"].toArray(), QJsonArray({QJsonArray{9 << 8, 9 << 8, 9 << 8, 65535},
+                                                           QJsonArray{200 << 8, 100 << 8, 50 << 8, 65535},
+                                                           QJsonArray{1 << 8, 2 << 8, 3 << 8, 65535}}));
+        QCOMPARE(palette["properties"].toObject()["name"].toString(), QString("indexed"));
+        QCOMPARE(palette["properties"].toObject()["file"].toString(), QString());
     } else {
         QCOMPARE(palette["entries"].toArray()[255].toArray(), QJsonArray({65280, 65280, 65280, 65535}));
     }
@@ -315,9 +330,10 @@ void TestCliProject::failures_data()
            "format.\nExpected 'image'.\n";
     QTest::newRow("image of a palette-only project") << QStringList{"image", "show", "@exact.cxw"} << 1
                                                      << "No image: The project exact.cxw holds no image.\n";
-    QTest::newRow("selection past the palette")
-        << QStringList{"project", "create", "@x.cxw", "--palette", "@duo.gpl", "--select", "1-2"} << 1
-        << "Invalid selection: The selection names index 2, but the palette has 2 entries.\n";
+    QTest::newRow("selection larger than a selection holds")
+        << QStringList{"project", "create", "@x.cxw", "--select", "0-1048576"} << 1
+        << "Invalid selection: The selection '0-1048576' names 1048577 indexes; a selection holds at most "
+           "1048576.\n";
     QTest::newRow("unwritable output")
         << QStringList{"project", "create", "@no/dir/x.cxw"} << 1
         << "Could not save: Cannot save project x.cxw.\nCould not open the file for "

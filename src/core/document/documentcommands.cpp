@@ -92,11 +92,34 @@ QString DocumentCommands::rgbOnLoadConversion(int action)
     return QString::fromLatin1(steps[action - 3]);
 }
 
+Palette<uint> DocumentCommands::ownColours(const DocumentImage &opened, const QString &path)
+{
+    if (opened.mode() != DocumentImage::Indexed8 || opened.imagePalette().isEmpty())
+        return {};
+    Palette<uint> colours = opened.imagePalette();
+    colours.setProperty(PaletteName, QFileInfo(path).completeBaseName());
+    return colours;
+}
+
 int DocumentCommands::loadImage(const QString &path, int rgbAction)
 {
     DocumentImage image = DocumentImageIO::load(path);
     const bool rgb = image.mode() == DocumentImage::RGB;
-    m_document.setImageState({std::move(image), path, false});
+    const Palette<uint> colours = ownColours(image, path);
+    if (colours.isEmpty()) {
+        m_document.setImageState({std::move(image), path, false});
+    } else {
+        // The colours are the image file's: nothing to save, and no palette file of their own, so
+        // that "Save palette" asks for one instead of writing over the picture.
+        PaletteState state = m_document.paletteState();
+        state.palette = colours;
+        state.fileName.clear();
+        state.paletteModified = false;
+        m_document.beginGroup();
+        m_document.setPaletteState(state);
+        m_document.setImageState({std::move(image), path, false});
+        m_document.endGroup();
+    }
     record(QStringLiteral("load_image"), QStringLiteral("filename:%1\n").arg(path));
     if (!rgb)
         return RgbKeep;

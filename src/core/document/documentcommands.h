@@ -40,9 +40,15 @@ public:
     enum RgbOnLoad { RgbAsk = 0, RgbKeep = 1, RgbConvertDialog = 2, RgbLastAction = 9 };
     // The fast conversion an RGB-on-load action runs; empty for the actions that are no conversion.
     static QString rgbOnLoadConversion(int action);
-    // Opens an image file as the document's image. An RGB image then meets the RGB-on-load rule:
-    // the conversions run here; the actions that need the user (ask, the dialog) are returned
-    // for the caller to carry out, RgbKeep when nothing is left to do.
+    // The palette an image read from path brings with it: an 8-bit indexed picture is shown in its
+    // own colour table, named after the file. Empty for every other image (indexed arrays carry no
+    // colours), which is shown through the palette it meets.
+    static Palette<uint> ownColours(const DocumentImage &opened, const QString &path);
+    // Opens an image file as the document's image. An image with its own colours installs them as
+    // the palette in the same history step; the palette shown before becomes the last palette.
+    // An RGB image then meets the RGB-on-load rule: the conversions run here; the actions that
+    // need the user (ask, the dialog) are returned for the caller to carry out, RgbKeep when
+    // nothing is left to do.
     int loadImage(const QString &path, int rgbAction = RgbKeep);
     // Writes the image rendered through the palette; the document takes the new file name.
     void saveImage(const QString &path);

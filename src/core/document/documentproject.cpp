@@ -17,11 +17,12 @@ ProjectData capture(const ChromaxisDocument &document)
     data.image = document.image();
     data.imageFileName = document.imageFileName();
     data.imageModified = document.isImageModified();
-    // Clicks past the last entry select index numbers that name no entry; a project keeps only
-    // the entries that exist.
+    // Indexes past the last entry (clicks there, a "Full palette" pattern) name no entry, and the
+    // palette view ignores them; a project keeps them as the document holds them, so a project
+    // reopens with the selection it was saved with.
     for (int i : document.selection())
-        if (i >= 0 && i < document.palette().size())
-            data.selection.insert(i);
+        if (i >= 0)
+            data.selection.insert(data.selection.end(), i);
     return data;
 }
 

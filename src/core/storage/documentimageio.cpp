@@ -3,11 +3,14 @@
 #include "document/imagelimits.h"
 #include "palette/describedexception.h"
 #include "formats/writefileatomically.h"
+#include "storage/gifimage.h"
 #include "storage/numpyimage.h"
 
 #include <QFileInfo>
 #include <QImageReader>
 #include <QImageWriter>
+
+#include <algorithm>
 
 namespace DocumentImageIO {
 
@@ -29,6 +32,8 @@ DocumentImage load(const QString &path)
     const QString name = QFileInfo(path).fileName();
     if (NumpyImage::isNumpyFileName(path))
         return NumpyImage::read(path);
+    if (GifImage::isGifFile(path))
+        return GifImage::read(path);
 
     QImageReader reader(path);
     // A wrong extension should not stop a readable file.
@@ -96,19 +101,38 @@ void save(const QString &path, const DocumentImage &image)
     if (image.mode() == DocumentImage::RGB && suffix == QLatin1String("gif"))
         throw DescribedException(QStringLiteral("Could not save"),
                                  QStringLiteral("Unable to save RGB image as .gif."));
+    if (suffix == QLatin1String("gif")) {
+        // Only 8-bit indexed pixels are GIF pixels; the toolkit has no GIF writer of its own.
+        const QByteArray gif = GifImage::toBytes(image);
+        if (gif.isEmpty())
+            throw DescribedException(QStringLiteral("Could not save"), QStringLiteral("Unable to save %1.").arg(name));
+        const FileWriteResult written = writeFileAtomically(path, gif);
+        if (!written.ok())
+            throw DescribedException(QStringLiteral("Could not save"),
+                                     QStringLiteral("Unable to save %1.\n%2").arg(name, written.error));
+        return;
+    }
     savePicture(path, image.picture(), QSize(image.width(), image.height()), suffix.toLatin1());
 }
 
 QStringList openFilters()
 {
-    return {QStringLiteral("Images (%1 *.npy *.npz)").arg(wildcards(QImageReader::supportedImageFormats())),
+    // GIF is read here whether or not the toolkit has a reader for it.
+    const QString readable = wildcards(QImageReader::supportedImageFormats() << "gif");
+    return {QStringLiteral("Images (%1 *.npy *.npz)").arg(readable),
             QStringLiteral("NumPy arrays (*.npy *.npz)"), QStringLiteral("All files (* *.*)")};
 }
 
-QStringList saveFilters()
+QStringList saveFilters(int mode)
 {
+    QList<QByteArray> formats = QImageWriter::supportedImageFormats();
+    // Only 8-bit indexed pixels are GIF pixels; the toolkit writes no GIF itself.
+    if (mode == DocumentImage::Indexed8 && !formats.contains("gif")) {
+        formats << "gif";
+        std::sort(formats.begin(), formats.end());
+    }
     QStringList filters;
-    for (const QByteArray &f : QImageWriter::supportedImageFormats())
+    for (const QByteArray &f : formats)
         filters << QStringLiteral("%1 images (*.%2)").arg(QString::fromLatin1(f).toUpper(), QString::fromLatin1(f));
     filters << QStringLiteral("NumPy arrays (*.npy)") << QStringLiteral("Zipped NumPy arrays (*.npz)");
     return filters;

@@ -2,6 +2,7 @@
 
 #include "document/imagelimits.h"
 #include "formats/writefileatomically.h"
+#include "operations/selectionlist.h"
 #include "palette/describedexception.h"
 #include "storage/projectstream.h"
 
@@ -24,6 +25,18 @@ const char *const settingsTag = "settings";
 const char *const paletteTag = "palette";
 const char *const imageTag = "image";
 const char *const selectionTag = "selection";
+
+QString noEntry(qint64 index)
+{
+    return QStringLiteral("The selection names entry %1, which no palette holds.").arg(index);
+}
+
+QString tooManySelected(qint64 count)
+{
+    return QStringLiteral("The selection holds %1 indexes; a selection holds at most %2.")
+        .arg(count)
+        .arg(SelectionList::maximumCount);
+}
 
 QString saveTitle()
 {
@@ -294,16 +307,17 @@ ProjectData decodeFrom(ProjectReader &in, const QString &fileName)
     // No tag follows the selection to catch a cut, so its end is checked here.
     if (in.ranOut())
         throw loadFailure(fileName, QStringLiteral("The file ends inside the selection."));
+    if (selected > quint32(SelectionList::maximumCount))
+        throw loadFailure(fileName, tooManySelected(selected));
+    // Indexes at or past the palette's end are kept: the palette view ignores them, and a
+    // "Full palette" selection pattern names one.
     for (quint32 i = 0; i < selected; ++i) {
         const quint32 index = in.u32();
         if (in.ranOut())
             throw loadFailure(fileName, QStringLiteral("The file ends inside the selection."));
-        if (index >= quint32(data.palette.size()))
-            throw loadFailure(fileName,
-                              QStringLiteral("The selection names entry %1, but the palette has %2 entries.")
-                                  .arg(index)
-                                  .arg(data.palette.size()));
-        data.selection.insert(int(index));
+        if (index > quint32(INT_MAX))
+            throw loadFailure(fileName, noEntry(index));
+        data.selection.insert(data.selection.end(), int(index));
     }
     return data;
 }
@@ -339,12 +353,11 @@ QByteArray ProjectFile::pixelBytes(const DocumentImage &image)
 QByteArray ProjectFile::encode(const ProjectData &data)
 {
     const Palette<uint> &palette = data.palette;
-    for (const int index : data.selection)
-        if (index < 0 || index >= palette.size())
-            throw DescribedException(
-                saveTitle(), QStringLiteral("The selection names entry %1, but the palette has %2 entries.")
-                                 .arg(index)
-                                 .arg(palette.size()));
+    // Indexes at or past the palette's end are written as they are; what is written must read back.
+    if (!data.selection.empty() && *data.selection.begin() < 0)
+        throw DescribedException(saveTitle(), noEntry(*data.selection.begin()));
+    if (data.selection.size() > size_t(SelectionList::maximumCount))
+        throw DescribedException(saveTitle(), tooManySelected(qint64(data.selection.size())));
     const DocumentImage &image = data.image;
     // Whatever is written must read back: the limits of the reader hold for the writer too.
     if (!image.isNull() && !ImageLimits::fits(image.width(), image.height()))

@@ -45,8 +45,9 @@ public:
     // hostile gzip stream stops there.
     static constexpr qint64 maxUncompressedSize = qint64(1) << 30;
 
-    // The uncompressed bytes of a project. Throws "Could not save" for a selection outside the
-    // palette or anything past the limits above.
+    // The uncompressed bytes of a project. Throws "Could not save" for a negative selection index,
+    // a selection of more than SelectionList::maximumCount indexes or anything past the limits
+    // above. Indexes at or past the palette's end are written; reading keeps them.
     static QByteArray encode(const ProjectData &data);
     // Parses uncompressed bytes; fileName goes into the messages. Data that ends early reads as
     // empty strings and zeros and so fails at the next section tag.

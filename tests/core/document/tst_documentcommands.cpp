@@ -7,6 +7,9 @@
 #include "conversion/imagequantisizesettings.h"
 #include "storage/documentimageio.h"
 #include "storage/palettedatabase.h"
+#include "storage/projectfile.h"
+
+#include "../storage/gifbuilder.h"
 
 #include <QImage>
 #include <QTemporaryDir>
@@ -57,6 +60,68 @@ QVector<QRgb> pixelsOf(const QImage &picture)
     return pixels;
 }
 
+// A picture of a dozen colours, as an 8-bit indexed picture with its colour table.
+QImage indexedPicture()
+{
+    QImage picture(6, 5, QImage::Format_Indexed8);
+    QVector<QRgb> table;
+    for (int i = 0; i < 16; ++i)
+        table << qRgb((i * 53) % 256, (i * 97 + 30) % 256, (255 - i * 31) % 256);
+    picture.setColorTable(table);
+    for (int y = 0; y < 5; ++y)
+        for (int x = 0; x < 6; ++x)
+            picture.setPixel(x, y, uint((x * 3 + y * 5) % 12));
+    return picture;
+}
+
+Palette<uint> tableOf(const QImage &picture, int transparent = -1)
+{
+    Palette<uint> p;
+    const QVector<QRgb> table = picture.colorTable();
+    for (int i = 0; i < table.size(); ++i)
+        p.append({uint(qRed(table[i])) << 8, uint(qGreen(table[i])) << 8, uint(qBlue(table[i])) << 8,
+                  i == transparent ? 0u : 65535u});
+    return p;
+}
+
+// The picture as a GIF whose first frame has a local table and a transparent index; the global
+// table is another one, which must not be taken.
+QByteArray gifOf(const QImage &picture, int transparent)
+{
+    GifFrame frame;
+    frame.width = picture.width();
+    frame.height = picture.height();
+    for (int y = 0; y < picture.height(); ++y)
+        for (int x = 0; x < picture.width(); ++x)
+            frame.pixels.push_back(uint8_t(picture.pixelIndex(x, y)));
+    frame.localTable = picture.colorTable();
+    frame.transparent = transparent;
+    return buildGif(frame.width, frame.height, {qRgb(0, 0, 0), qRgb(255, 255, 255)}, {frame});
+}
+
+QString writeBytes(const QString &path, const QByteArray &bytes)
+{
+    QFile f(path);
+    if (!f.open(QIODevice::WriteOnly) || f.write(bytes) != bytes.size())
+        qFatal("cannot write %s", qPrintable(path));
+    return path;
+}
+
+QByteArray cellsOf(const DocumentImage &image)
+{
+    QByteArray out;
+    if (image.mode() == DocumentImage::Indexed8)
+        for (int y = 0; y < image.height(); ++y)
+            out += QByteArray(reinterpret_cast<const char *>(image.indexRow(y)), image.width());
+    else if (image.mode() == DocumentImage::Indexed32)
+        out = QByteArray(reinterpret_cast<const char *>(image.indexCells().data()),
+                         int(image.indexCells().size() * 4));
+    else if (image.mode() == DocumentImage::Continuous)
+        out = QByteArray(reinterpret_cast<const char *>(image.continuousCells().data()),
+                         int(image.continuousCells().size() * 4));
+    return out;
+}
+
 QString messageOf(const std::function<void()> &f)
 {
     try {
@@ -81,6 +146,11 @@ private slots:
     void savedProjectIsClean();
     void rgbOnLoadRule_data();
     void rgbOnLoadRule();
+    void indexedImagesOpenInTheirOwnColours_data();
+    void indexedImagesOpenInTheirOwnColours();
+    void indexedSourceConvertsLikeItsPicture_data();
+    void indexedSourceConvertsLikeItsPicture();
+    void projectKeepsSelectionPastTheEnd();
     void builtinPalettes();
     void recordedCommandsReplayAlike();
     void replayDoesNotRecord();
@@ -238,6 +308,163 @@ void TestDocumentCommands::rgbOnLoadRule()
     for (const MacroFile::Step &s : MacroFile::stepsOf(doc.macros()))
         recorded << s.name;
     QCOMPARE(recorded, steps);
+}
+
+void TestDocumentCommands::indexedImagesOpenInTheirOwnColours_data()
+{
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<Palette<uint>>("colours");
+    const QImage picture = indexedPicture();
+    QVERIFY(picture.save(m_dir.filePath("own.png")));
+    QTest::newRow("indexed png") << m_dir.filePath("own.png") << tableOf(picture);
+    const QByteArray gif = gifOf(picture, 5);
+    QVERIFY(!gif.isEmpty());
+    QTest::newRow("gif, local table, transparent index")
+        << writeBytes(m_dir.filePath("own.gif"), gif) << tableOf(picture, 5);
+}
+
+// Opening an indexed picture installs its colour table with it, as one step to undo, and the
+// palette shown before becomes the last palette; a replay of the step does the same.
+void TestDocumentCommands::indexedImagesOpenInTheirOwnColours()
+{
+    QFETCH(QString, file);
+    QFETCH(Palette<uint>, colours);
+    const Palette<uint> before = rampOf(8);
+    const DocumentImage oldImage = DocumentImage::fromIndexes32(2, 1, {7, 1});
+    ChromaxisDocument doc;
+    doc.setPaletteState({before, 0, m_dir.filePath("ramp.gpl"), true, false}, true);
+    doc.setImageState({oldImage, m_dir.filePath("old.npy"), true}, true);
+    doc.setRecording(true);
+    DocumentCommands commands(doc, nullptr);
+
+    QCOMPARE(commands.loadImage(file, DocumentCommands::RgbAsk), int(DocumentCommands::RgbKeep));
+    QCOMPARE(doc.imageMode(), int(DocumentImage::Indexed8));
+    QCOMPARE(doc.palette().entries(), colours.entries());
+    QCOMPARE(doc.palette().property(PaletteName), QStringLiteral("own"));
+    QVERIFY(doc.paletteFileName().isEmpty());
+    QVERIFY(!doc.isPaletteModified());
+    QVERIFY(!doc.isImageModified());
+    QCOMPARE(doc.imageFileName(), file);
+    QCOMPARE(doc.lastPalette(), before);
+    QCOMPARE(doc.history().position(), 1);
+    const std::vector<MacroFile::Step> steps = MacroFile::stepsOf(doc.macros());
+    QCOMPARE(int(steps.size()), 1);
+    QCOMPARE(steps[0].name, QStringLiteral("load_image"));
+    QCOMPARE(steps[0].parameters, QStringLiteral("filename:%1\n").arg(file));
+    const QImage picture = indexedPicture();
+    for (int y = 0; y < picture.height(); ++y)
+        for (int x = 0; x < picture.width(); ++x)
+            QCOMPARE(doc.displayedPicture().pixel(x, y), picture.pixel(x, y));
+
+    ChromaxisDocument replayed;
+    replayed.setPaletteState({before, 0, QString(), false, false}, true);
+    MacroPlayer(nullptr).play(replayed, steps);
+    QCOMPARE(replayed.palette(), doc.palette());
+    QCOMPARE(replayed.lastPalette(), before);
+    QCOMPARE(cellsOf(replayed.image()), cellsOf(doc.image()));
+
+    QVERIFY(doc.undo());
+    QCOMPARE(doc.palette(), before);
+    QCOMPARE(doc.paletteFileName(), m_dir.filePath("ramp.gpl"));
+    QVERIFY(doc.isPaletteModified());
+    QCOMPARE(doc.imageMode(), int(DocumentImage::Indexed32));
+    QCOMPARE(doc.image().indexCells(), oldImage.indexCells());
+    QCOMPARE(doc.imageFileName(), m_dir.filePath("old.npy"));
+    QVERIFY(doc.isImageModified());
+    for (int x = 0; x < 2; ++x) {
+        const RGBAColor<uint> shown = before[int(oldImage.indexCells()[size_t(x)])];
+        QCOMPARE(doc.displayedPicture().pixel(x, 0),
+                 qRgb(int(shown.r >> 8), int(shown.g >> 8), int(shown.b >> 8)));
+    }
+    QCOMPARE(doc.macros().position(), 0);
+    QVERIFY(!doc.undo());
+
+    QVERIFY(doc.redo());
+    QCOMPARE(doc.palette().entries(), colours.entries());
+    QCOMPARE(doc.imageMode(), int(DocumentImage::Indexed8));
+    QCOMPARE(doc.macros().position(), 1);
+}
+
+void TestDocumentCommands::indexedSourceConvertsLikeItsPicture_data()
+{
+    QTest::addColumn<QString>("source");
+    QTest::addColumn<QString>("command");
+    QTest::addColumn<QString>("settings");
+    const QImage picture = indexedPicture();
+    QVERIFY(picture.save(m_dir.filePath("source.png")));
+    QVERIFY(picture.convertToFormat(QImage::Format_RGB32).save(m_dir.filePath("source-rgb.png")));
+    writeBytes(m_dir.filePath("source.gif"), gifOf(picture, 3));
+    const QList<QPair<QString, QString>> runs{
+        {"quantise", "palette:0\ndither:0\nformat:0"},           // grayscale, nearest
+        {"quantise", "palette:1\ndither:0\nformat:1"},           // extended grayscale, continuous
+        {"quantise", "palette:3\nmethod:2\ncolors:4\ndither:3"}, // Wu, error diffusion
+        {"quantise", "palette:6\ndither:0\nformat:0"},           // the image's own colours
+        {"quantise", "palette:7\ndither:11\nformat:0"},          // black and white, Bayer
+        {"convert", "mode:0\npalette:0"},                        // 8-bit grayscale
+        {"convert", "mode:0\npalette:1"},                        // 32-bit channel sums
+        {"convert", "mode:1\npalette:1\ninterpolate:1"},         // continuous
+    };
+    for (const QString source : {"source.png", "source.gif"})
+        for (const auto &run : runs)
+            QTest::newRow(
+                qPrintable(source + ", " + run.first + ", " + QString(run.second).replace('\n', ' ')))
+                << m_dir.filePath(source) << run.first << run.second;
+}
+
+// An indexed source is converted by the colours it shows, exactly as the same picture in RGB.
+void TestDocumentCommands::indexedSourceConvertsLikeItsPicture()
+{
+    QFETCH(QString, source);
+    QFETCH(QString, command);
+    QFETCH(QString, settings);
+    SettingsText::Pairs pairs;
+    for (const QString &line : settings.split('\n')) {
+        const int colon = line.indexOf(':');
+        pairs.emplace_back(line.left(colon), line.mid(colon + 1));
+    }
+    const auto run = [&](const QString &path) {
+        auto doc = std::make_unique<ChromaxisDocument>();
+        DocumentCommands commands(*doc, nullptr);
+        commands.loadImage(path, DocumentCommands::RgbKeep);
+        if (command == QLatin1String("quantise"))
+            commands.quantiseImage(ImageQuantisizeSettings::fromPairs(pairs));
+        else
+            commands.convertImage(ImageConvertSettings::fromPairs(pairs));
+        return doc;
+    };
+    const auto indexed = run(source);
+    const auto rgb = run(m_dir.filePath("source-rgb.png"));
+    QVERIFY(rgb->imageMode() != DocumentImage::RGB);
+    QCOMPARE(indexed->imageMode(), rgb->imageMode());
+    QCOMPARE(indexed->palette().entries(), rgb->palette().entries());
+    QVERIFY(!cellsOf(rgb->image()).isEmpty());
+    QCOMPARE(cellsOf(indexed->image()), cellsOf(rgb->image()));
+}
+
+// "Full palette" selects the index one past the end; the project keeps it through a save and an
+// open, and the palette view's commands leave it alone.
+void TestDocumentCommands::projectKeepsSelectionPastTheEnd()
+{
+    const QString project = m_dir.filePath("past.cxw");
+    ChromaxisDocument doc;
+    DocumentCommands commands(doc, nullptr);
+    doc.setPaletteState({rampOf(6), 0, QString(), false, false}, true);
+    commands.selectPattern(
+        {{"start_index", "0"}, {"set_number", "1"}, {"skip_number", "1"}, {"full_palette", "1"}});
+    QCOMPARE(doc.selection(), std::set<int>({0, 2, 4, 6}));
+    commands.saveProject(project);
+    QCOMPARE(ProjectFile::read(project).selection, std::set<int>({0, 2, 4, 6}));
+
+    ChromaxisDocument reopened;
+    DocumentCommands again(reopened, nullptr);
+    again.openProject(project);
+    QCOMPARE(reopened.selection(), std::set<int>({0, 2, 4, 6}));
+    QCOMPARE(reopened.palette(), doc.palette());
+    again.setColor(reopened.selection(), {1, 2, 3, 4});
+    QCOMPARE(reopened.palette().size(), 6);
+    QCOMPARE(reopened.palette()[4], (RGBAColor<uint>{1, 2, 3, 4}));
+    again.saveProject(project);
+    QCOMPARE(ProjectFile::read(project).selection, std::set<int>({0, 2, 4, 6}));
 }
 
 void TestDocumentCommands::builtinPalettes()

@@ -4,6 +4,8 @@
 #include "palette/describedexception.h"
 #include "storage/documentimageio.h"
 
+#include "gifbuilder.h"
+
 #include <QFile>
 #include <QImageWriter>
 #include <QTemporaryDir>
@@ -37,6 +39,11 @@ private slots:
     void failedSaveKeepsTheFile_data();
     void failedSaveKeepsTheFile();
     void pictureThatCouldNotBeBuilt();
+    void gifOpensIndexedWhateverItsName_data();
+    void gifOpensIndexedWhateverItsName();
+    void indexedImagesSaveAsGif();
+    void gifOfferedForIndexedImagesOnly_data();
+    void gifOfferedForIndexedImagesOnly();
 };
 
 void TestDocumentImageIO::savesAsTheWriterWrites_data()
@@ -121,6 +128,100 @@ void TestDocumentImageIO::pictureThatCouldNotBeBuilt()
                                       "built: there is not enough memory for it."));
     }
     QCOMPARE(readAll(path), QByteArray("old"));
+}
+
+void TestDocumentImageIO::gifOpensIndexedWhateverItsName_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::newRow("gif") << "picture.gif";
+    QTest::newRow("upper case") << "PICTURE.GIF";
+    QTest::newRow("named as PNG") << "picture.png";
+    QTest::newRow("no suffix") << "picture";
+}
+
+// The contents decide: a GIF opens as 8-bit indexed in its own colours under any name.
+void TestDocumentImageIO::gifOpensIndexedWhateverItsName()
+{
+    QFETCH(QString, name);
+    QTemporaryDir dir;
+    const QString path = dir.filePath(name);
+    GifFrame frame;
+    frame.width = 2;
+    frame.height = 1;
+    frame.pixels = {1, 0};
+    QFile f(path);
+    QVERIFY(f.open(QIODevice::WriteOnly));
+    f.write(buildGif(2, 1, {qRgb(255, 0, 0), qRgb(0, 0, 255)}, {frame}));
+    f.close();
+    const DocumentImage image = DocumentImageIO::load(path);
+    QCOMPARE(image.mode(), int(DocumentImage::Indexed8));
+    QCOMPARE(image.imagePalette().size(), 2);
+    QCOMPARE(image.imagePalette()[1], (RGBAColor<uint>{0, 0, 65280, 65535}));
+    QCOMPARE(image.picture().pixel(0, 0), qRgb(0, 0, 255));
+    QCOMPARE(image.picture().pixel(1, 0), qRgb(255, 0, 0));
+}
+
+// What is saved is the picture as shown: the indexes with the colours of the palette they are
+// shown through.
+void TestDocumentImageIO::indexedImagesSaveAsGif()
+{
+    QTemporaryDir dir;
+    DocumentImage image = DocumentImage::fromIndexes8(3, 2, {0, 1, 2, 2, 1, 0});
+    image.render(Palette<uint>({{65280, 0, 0, 65535}, {0, 65280, 0, 65535}, {0, 0, 65280, 0}}));
+    const QString path = dir.filePath("saved.gif");
+    DocumentImageIO::save(path, image);
+    const DocumentImage back = DocumentImageIO::load(path);
+    QCOMPARE(back.mode(), int(DocumentImage::Indexed8));
+    QCOMPARE(back.width(), 3);
+    QCOMPARE(back.height(), 2);
+    for (int y = 0; y < 2; ++y)
+        for (int x = 0; x < 3; ++x)
+            QCOMPARE(back.picture().pixel(x, y), image.picture().pixel(x, y));
+    QCOMPARE(QByteArray(reinterpret_cast<const char *>(back.indexRow(1)), 3), QByteArray("\2\1\0", 3));
+
+    // GIF holds no 32-bit or continuous cells; the old file stays.
+    const QString old = dir.filePath("cells.gif");
+    QFile f(old);
+    QVERIFY(f.open(QIODevice::WriteOnly));
+    f.write("old contents");
+    f.close();
+    for (const DocumentImage &cells :
+         {DocumentImage::fromIndexes32(2, 1, {0, 1}), DocumentImage::fromContinuous(2, 1, {0.0f, 9.0f})}) {
+        try {
+            DocumentImageIO::save(old, cells);
+            QFAIL("no exception");
+        } catch (const DescribedException &e) {
+            QCOMPARE(e.title(), QString("Could not save"));
+            QCOMPARE(e.message(), QString("Unable to save cells.gif."));
+        }
+        QCOMPARE(readAll(old), QByteArray("old contents"));
+    }
+}
+
+void TestDocumentImageIO::gifOfferedForIndexedImagesOnly_data()
+{
+    QTest::addColumn<int>("mode");
+    QTest::addColumn<bool>("offered");
+    QTest::newRow("none") << int(DocumentImage::None) << false;
+    QTest::newRow("rgb") << int(DocumentImage::RGB) << false;
+    QTest::newRow("indexed 8bit") << int(DocumentImage::Indexed8) << true;
+    QTest::newRow("indexed 32bit") << int(DocumentImage::Indexed32) << false;
+    QTest::newRow("continuous") << int(DocumentImage::Continuous) << false;
+}
+
+void TestDocumentImageIO::gifOfferedForIndexedImagesOnly()
+{
+    QFETCH(int, mode);
+    QFETCH(bool, offered);
+    const QStringList filters = DocumentImageIO::saveFilters(mode);
+    QCOMPARE(filters.contains("GIF images (*.gif)"), offered);
+    // The formats stay in alphabetical order, NumPy last.
+    QStringList formats = filters.mid(0, filters.size() - 2);
+    QStringList sorted = formats;
+    sorted.sort();
+    QCOMPARE(formats, sorted);
+    QCOMPARE(filters.last(), QString("Zipped NumPy arrays (*.npz)"));
+    QVERIFY(DocumentImageIO::openFilters().first().contains("*.gif"));
 }
 
 QTEST_GUILESS_MAIN(TestDocumentImageIO)

@@ -1,3 +1,4 @@
+#include "operations/selectionlist.h"
 #include "palette/describedexception.h"
 #include "storage/projectfile.h"
 
@@ -203,6 +204,9 @@ private slots:
     void unreadablePaths_data();
     void unreadablePaths();
     void failedWritesKeepTheOldFile();
+    void selectionPastThePalette_data();
+    void selectionPastThePalette();
+    void selectionTooLargeToWrite();
 
 private:
     QTemporaryDir m_dir;
@@ -428,9 +432,14 @@ void TestProjectFile::hugeClaims_data()
         << palette + char(2) + be32(1u << 26) + be32(1) + char(0) + QByteArray(1 << 26, '\0') + tail
         << tooLarge.arg(1u << 26).arg(1);
     QTest::newRow("unknown mode") << image(5, 1, 1) << "Cannot load project t.cxw.\nUnknown image mode 5.";
-    QTest::newRow("selection past the palette")
-        << palette + char(0) + str("selection") + be32(2) + be32(0) + be32(1)
-        << "Cannot load project t.cxw.\nThe selection names entry 1, but the palette has 1 entries.";
+    QTest::newRow("selection index beyond any int")
+        << palette + char(0) + str("selection") + be32(2) + be32(0) + be32(0x80000000u)
+        << "Cannot load project t.cxw.\nThe selection names entry 2147483648, which no palette holds.";
+    const quint32 tooMany = quint32(SelectionList::maximumCount) + 1;
+    QTest::newRow("more indexes than a selection holds")
+        << palette + char(0) + str("selection") + be32(tooMany) + QByteArray(int(tooMany) * 4, '\0')
+        << "Cannot load project t.cxw.\nThe selection holds 1048577 indexes; a selection holds at most "
+           "1048576.";
 }
 
 // Claims are weighed against the bytes that are there before anything is allocated for them.
@@ -637,13 +646,13 @@ void TestProjectFile::failedWritesKeepTheOldFile()
     f.close();
 
     ProjectData bad = good;
-    bad.selection = {0, 2};
+    bad.selection = {-1, 0};
     try {
         ProjectFile::write(file, bad);
-        QFAIL("a selection outside the palette was written");
+        QFAIL("a negative selection index was written");
     } catch (const DescribedException &e) {
         QCOMPARE(e.title(), QString("Could not save"));
-        QCOMPARE(e.message(), QString("The selection names entry 2, but the palette has 2 entries."));
+        QCOMPARE(e.message(), QString("The selection names entry -1, which no palette holds."));
     }
     QVERIFY(f.open(QIODevice::ReadOnly));
     QCOMPARE(f.readAll(), before);
@@ -656,6 +665,53 @@ void TestProjectFile::failedWritesKeepTheOldFile()
         QCOMPARE(e.message(), QString("Cannot save project x.cxw.\nCould not open the file for writing.\n"
                                               "No such file or directory"));
     }
+}
+
+void TestProjectFile::selectionPastThePalette_data()
+{
+    QTest::addColumn<int>("paletteSize");
+    QTest::addColumn<QList<int>>("selection");
+    QTest::newRow("one past the end") << 6 << QList<int>{0, 2, 4, 6};
+    QTest::newRow("far past the end") << 2 << QList<int>{1, 1000, 65535, INT_MAX};
+    QTest::newRow("empty palette") << 0 << QList<int>{0, 3};
+}
+
+// Indexes that name no entry are kept as they are: the palette view ignores them.
+void TestProjectFile::selectionPastThePalette()
+{
+    QFETCH(int, paletteSize);
+    QFETCH(QList<int>, selection);
+    ProjectData data = sampleProject(DocumentImage::Indexed8);
+    data.fillColor = {0x1200, 0xAB00, 0xFF00, 65535};
+    data.palette.resize(paletteSize, {1, 2, 3, 4});
+    data.selection = std::set<int>(selection.begin(), selection.end());
+    const QByteArray encoded = ProjectFile::encode(data);
+    QByteArray indexes;
+    for (int i : selection)
+        indexes += be32(quint32(i));
+    QVERIFY(encoded.endsWith(str("selection") + be32(quint32(selection.size())) + indexes));
+    const ProjectData back = ProjectFile::decode(encoded, "t.cxw");
+    compareProjects(back, data);
+    QCOMPARE(ProjectFile::encode(back), encoded);
+}
+
+// What could not be read back is not written.
+void TestProjectFile::selectionTooLargeToWrite()
+{
+    ProjectData data = sampleProject(DocumentImage::None);
+    for (int i = 0; i <= SelectionList::maximumCount; ++i)
+        data.selection.insert(data.selection.end(), i);
+    try {
+        ProjectFile::encode(data);
+        QFAIL("no exception");
+    } catch (const DescribedException &e) {
+        QCOMPARE(e.title(), QString("Could not save"));
+        QCOMPARE(e.message(),
+                 QString("The selection holds 1048577 indexes; a selection holds at most 1048576."));
+    }
+    data.selection.erase(std::prev(data.selection.end()));
+    QCOMPARE(ProjectFile::decode(ProjectFile::encode(data), "t.cxw").selection.size(),
+             size_t(SelectionList::maximumCount));
 }
 
 QTEST_GUILESS_MAIN(TestProjectFile)
