@@ -430,35 +430,6 @@ private:
     {
         const Snapshot now = snapshotOf(m_doc);
 
-        // A saved project reloads to the same state, as far as a project keeps it.
-        DocumentCommands(m_doc, &m_db, DocumentCommands::DoNotRecord).saveProject(path("checkpoint.cxw"));
-        ChromaxisDocument reloaded;
-        DocumentCommands(reloaded, &m_db).openProject(path("checkpoint.cxw"));
-        if (reloaded.palette().entries() != now.palette.entries())
-            return QStringLiteral("project: palette entries");
-        for (int key : {PaletteName, PaletteComment, PaletteFile})
-            if (reloaded.palette().property(key) != now.palette.property(key))
-                return QStringLiteral("project: palette property %1").arg(palettePropertyName(key));
-        if (reloaded.paletteFileName() != now.paletteState.fileName ||
-            reloaded.isPaletteModified() != now.paletteState.paletteModified ||
-            reloaded.builtinIndex() != now.paletteState.builtinIndex)
-            return QStringLiteral("project: palette file name, flag or built-in index");
-        if (reloaded.paletteViewSettings().fixedSize != now.settings.fixedSize ||
-            reloaded.paletteViewSettings().fillColor != now.settings.fillColor)
-            return QStringLiteral("project: fixed size or fill colour");
-        const QString image = imageDifference(reloaded.image(), now.imageState.image);
-        if (!image.isEmpty())
-            return QStringLiteral("project: ") + image;
-        if (reloaded.imageFileName() != now.imageState.fileName ||
-            reloaded.isImageModified() != now.imageState.imageModified)
-            return QStringLiteral("project: image file name or flag");
-        std::set<int> kept;
-        for (int i : now.selection)
-            if (i < now.palette.size())
-                kept.insert(i);
-        if (reloaded.selection() != kept)
-            return QStringLiteral("project: selection");
-
         // The macro, through its file form, replayed where the episode began.
         const std::vector<MacroFile::Step> steps =
             MacroFile::decode(MacroFile::encode(MacroFile::stepsOf(m_doc.macros())), QStringLiteral("soak"));
@@ -493,6 +464,42 @@ private:
             return QStringLiteral("redo: ") + forth;
         if (again.macro != now.macro)
             return QStringLiteral("redo: macro");
+        // Last, since saving cleans the document's flags, which the undo above compares. Names
+        // and flags are those after the redo: a save outside the history is not redone.
+        return projectReloads(snapshotOf(m_doc));
+    }
+
+    QString projectReloads(const Snapshot &now)
+    {
+        // A saved project reloads to the same state, as far as a project keeps it.
+        DocumentCommands(m_doc, &m_db, DocumentCommands::DoNotRecord).saveProject(path("checkpoint.cxw"));
+        ChromaxisDocument reloaded;
+        DocumentCommands(reloaded, &m_db).openProject(path("checkpoint.cxw"));
+        if (reloaded.palette().entries() != now.palette.entries())
+            return QStringLiteral("project: palette entries");
+        for (int key : {PaletteName, PaletteComment, PaletteFile})
+            if (reloaded.palette().property(key) != now.palette.property(key))
+                return QStringLiteral("project: palette property %1").arg(palettePropertyName(key));
+        // A saved project is clean, in the file and in the document that saved it.
+        if (reloaded.isPaletteModified() || reloaded.isImageModified() || m_doc.isPaletteModified() ||
+            m_doc.isImageModified())
+            return QStringLiteral("project: modified flags after saving");
+        if (reloaded.paletteFileName() != now.paletteState.fileName ||
+            reloaded.builtinIndex() != now.paletteState.builtinIndex)
+            return QStringLiteral("project: palette file name or built-in index");
+        if (reloaded.paletteViewSettings().fixedSize != now.settings.fixedSize ||
+            reloaded.paletteViewSettings().fillColor != now.settings.fillColor)
+            return QStringLiteral("project: fixed size or fill colour");
+        const QString image = imageDifference(reloaded.image(), now.imageState.image);
+        if (!image.isEmpty())
+            return QStringLiteral("project: ") + image;
+        if (reloaded.imageFileName() != now.imageState.fileName)
+            return QStringLiteral("project: image file name (%1 against %2)")
+                .arg(reloaded.imageFileName(), now.imageState.fileName);
+        // Indexes past the palette's end travel too: the view ignores them until the palette grows.
+        if (reloaded.selection() != now.selection)
+            return QStringLiteral("project: selection");
+
         return QString();
     }
 

@@ -423,7 +423,8 @@ void TestProjectFile::hugeClaims_data()
         << image(4, 1u << 14, 1u << 13) << mismatch("t.cxw", "selection");
     QTest::newRow("widest rgb image, 64 bytes of it") << image(1, 1u << 18, 512) << mismatch("t.cxw", "selection");
     QTest::newRow("2^32-1 selected") << palette + char(0) + str("selection") + be32(0xFFFFFFFFu) + be32(0)
-                                     << "Cannot load project t.cxw.\nThe file ends inside the selection.";
+                                     << "Cannot load project t.cxw.\nThe selection holds 4294967295 indexes; a "
+                                        "selection holds at most 1048576.";
     QTest::newRow("zero width") << image(3, 0, 5)
                                 << "Cannot load project t.cxw.\nThe image size 0 x 5 is not supported.";
     QTest::newRow("zero height") << image(1, 7, 0)
