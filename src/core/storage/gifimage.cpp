@@ -1,5 +1,6 @@
 #include "storage/gifimage.h"
 
+#include "document/imagelimits.h"
 #include "palette/describedexception.h"
 
 #include <QFile>
@@ -129,8 +130,10 @@ DocumentImage decode(const QByteArray &data, const QString &name)
     const qint64 width = std::max<qint64>(gif->SWidth, qint64(frame.Left) + frame.Width);
     const qint64 height = std::max<qint64>(gif->SHeight, qint64(frame.Top) + frame.Height);
     // A frame may reach past the logical screen, but not past what a GIF can describe.
-    if (width > 65535 || height > 65535 || width * height > maxPixels)
+    if (width > 65535 || height > 65535)
         fail(name, QStringLiteral("The image size %1 x %2 is not supported.").arg(width).arg(height));
+    if (!ImageLimits::fits(width, height))
+        fail(name, ImageLimits::tooLarge(width, height));
     if (!table || table->ColorCount <= 0 || !table->Colors)
         fail(name, QStringLiteral("The GIF image has no colour table."));
     if (qint64(frame.Width) * frame.Height > qint64(data.size() - source.position) * maxPixelsPerByte)

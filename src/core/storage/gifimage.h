@@ -10,9 +10,6 @@
 // a GIF keeps its indexes and its colour table and opens as an 8-bit indexed image.
 namespace GifImage {
 
-// Beyond this many pixels an 8-bit picture no longer fits a QImage.
-constexpr qint64 maxPixels = qint64(1) << 28;
-
 // Whether data begins with a GIF signature ("GIF87a" or "GIF89a").
 bool isGif(const QByteArray &head);
 // Whether the file at path begins with one; false when it cannot be read.

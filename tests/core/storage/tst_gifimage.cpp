@@ -188,12 +188,13 @@ void TestGifImage::refusesMalformedFiles_data()
     QByteArray hugeScreen = plain;
     hugeScreen[6] = hugeScreen[7] = hugeScreen[8] = hugeScreen[9] = char(0xFF);
     QTest::newRow("screen beyond any picture")
-        << hugeScreen << "Could not load: Cannot load t.gif.\nThe image size 65535 x 65535 is not supported.";
+        << hugeScreen << "Could not load: Cannot load t.gif.\nThe image is 65535 x 65535 pixels; at most 134217728 pixels, "
+                       "262144 a side, can be opened.";
     // 16000 x 16000 fits a picture, but a few bytes cannot hold that many pixels: refused before
     // anything is allocated for them.
     QByteArray bigClaim = plain;
-    bigClaim[separator + 5] = bigClaim[separator + 7] = char(16000 & 0xFF);
-    bigClaim[separator + 6] = bigClaim[separator + 8] = char(16000 >> 8);
+    bigClaim[separator + 5] = bigClaim[separator + 7] = char(10000 & 0xFF);
+    bigClaim[separator + 6] = bigClaim[separator + 8] = char(10000 >> 8);
     QTest::newRow("frame larger than its data") << bigClaim << damaged;
     QByteArray offScreen = plain;
     offScreen[separator + 3] = offScreen[separator + 4] = char(0xFF);
