@@ -388,7 +388,7 @@ QStringList DocumentCommands::quantiseImage(const ImageQuantisizeSettings &setti
     ImageQuantisizer quantisizer(m_builtins);
     settings.configure(quantisizer, m_document.palette());
     const DocumentImage image = quantisizer.apply(
-        m_document.image(), ImageQuantisizer::imageColors(m_document.image(), m_document.palette()), m_document.palette());
+        m_document.image(), quantisizer.colorsFor(m_document.image(), m_document.palette()), m_document.palette());
     replaceImageAndPalette(image, quantisizer.destinationPalette());
     record(QStringLiteral("image_quantisize"), SettingsText::formatLines(settings.toPairs()));
     return quantisizer.missingPalettes();

@@ -4,6 +4,7 @@
 #include "formats/writefileatomically.h"
 #include "storage/numpyimage.h"
 
+#include <QFile>
 #include <QFileInfo>
 #include <QImageReader>
 #include <QImageWriter>
@@ -21,6 +22,13 @@ QString wildcards(const QList<QByteArray> &formats)
     return patterns.join(' ');
 }
 
+bool beginsAsPng(const QString &path)
+{
+    static const QByteArray signature("\x89PNG\r\n\x1a\n", 8);
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) && file.read(signature.size()) == signature;
+}
+
 } // namespace
 
 DocumentImage load(const QString &path)
@@ -29,17 +37,25 @@ DocumentImage load(const QString &path)
     if (NumpyImage::isNumpyFileName(path))
         return NumpyImage::read(path);
 
+    // A wrong extension should not stop a readable file, so the reader decides by the content.
+    // Deciding means loading every image plugin into memory (megabytes beside a photograph), so
+    // a file that begins as a PNG goes straight to the built-in PNG reader, which no plugin
+    // replaces.
     QImageReader reader(path);
-    // A wrong extension should not stop a readable file.
-    reader.setDecideFormatFromContent(true);
-    const QImage picture = reader.read();
+    if (beginsAsPng(path)) {
+        reader.setFormat("png");
+        reader.setAutoDetectImageFormat(false);
+    } else {
+        reader.setDecideFormatFromContent(true);
+    }
+    QImage picture = reader.read();
     if (picture.isNull()) {
         const bool unknownFormat = reader.error() == QImageReader::UnsupportedFormatError;
         throw DescribedException(QStringLiteral("Could not load"),
                                  unknownFormat ? QStringLiteral("Cannot load %1.\nUnknown image format.").arg(name)
                                                : QStringLiteral("Cannot load %1.\nUnknown error.").arg(name));
     }
-    return DocumentImage::fromPicture(picture);
+    return DocumentImage::fromPicture(std::move(picture));
 }
 
 void save(const QString &path, const DocumentImage &image)

@@ -49,6 +49,9 @@ private slots:
     void indexed8RenderTouchesNoPixel();
     void pictureLoadsIntoModes_data();
     void pictureLoadsIntoModes();
+    void handedOverPictureIsTheSame();
+    void indexBytesTakenOver_data();
+    void indexBytesTakenOver();
     void copiesAreIndependent();
     void distinctColoursOrder();
     void builtinListWalk_data();
@@ -253,6 +256,56 @@ void TestDocumentImage::pictureLoadsIntoModes()
         QVERIFY(img.imagePalette().isEmpty());
         QCOMPARE(img.picture().pixel(0, 0), picture.pixel(0, 0));
     }
+}
+
+void TestDocumentImage::handedOverPictureIsTheSame()
+{
+    QImage picture(5, 3, QImage::Format_RGB32);
+    for (int y = 0; y < 3; ++y)
+        for (int x = 0; x < 5; ++x)
+            picture.setPixel(x, y, qRgb(x * 50, y * 90, 7));
+    const QImage before = picture.copy();
+    const DocumentImage kept = DocumentImage::fromPicture(picture);
+    // The caller's picture is shared, so it stays as it was while the image gets its own.
+    QCOMPARE(picture.format(), QImage::Format_RGB32);
+    QCOMPARE(picture, before);
+    const DocumentImage taken = DocumentImage::fromPicture(std::move(picture));
+    for (const DocumentImage *img : {&kept, &taken}) {
+        QCOMPARE(img->mode(), 1);
+        QCOMPARE(img->picture().format(), QImage::Format_ARGB32);
+        QCOMPARE(img->picture(), before.convertToFormat(QImage::Format_ARGB32));
+    }
+}
+
+void TestDocumentImage::indexBytesTakenOver_data()
+{
+    QTest::addColumn<int>("width");
+    QTest::addColumn<int>("height");
+    for (int w : {1, 2, 3, 4, 5, 7, 8, 9})
+        for (int h : {1, 2, 5})
+            QTest::addRow("%dx%d", w, h) << w << h;
+}
+
+void TestDocumentImage::indexBytesTakenOver()
+{
+    QFETCH(int, width);
+    QFETCH(int, height);
+    std::vector<uint8_t> bytes(size_t(width) * size_t(height));
+    for (size_t i = 0; i < bytes.size(); ++i)
+        bytes[i] = uint8_t(i * 37 + 1);
+    const DocumentImage copied = DocumentImage::fromIndexes8(width, height, bytes);
+    std::vector<uint8_t> handed = bytes;
+    const DocumentImage taken = DocumentImage::fromIndexes8(width, height, std::move(handed));
+    QCOMPARE(taken.mode(), 2);
+    QCOMPARE(taken.indexStride(), copied.indexStride());
+    for (int y = 0; y < height; ++y) {
+        // The whole stride, padding included, is what the copy holds.
+        const QByteArray row(reinterpret_cast<const char *>(taken.indexRow(y)), taken.indexStride());
+        QCOMPARE(row, QByteArray(reinterpret_cast<const char *>(copied.indexRow(y)), copied.indexStride()));
+        for (int x = 0; x < width; ++x)
+            QCOMPARE(taken.indexRow(y)[x], bytes[size_t(y) * size_t(width) + size_t(x)]);
+    }
+    QCOMPARE(DocumentImage::fromIndexes8(width, height + 1, std::vector<uint8_t>(bytes)).mode(), 0);
 }
 
 void TestDocumentImage::copiesAreIndependent()
