@@ -99,8 +99,8 @@ DitherResult Dithering_ErrorDiffusion::dither(const QImage &image, const Palette
             ++rowTaps;
         for (size_t t = 0; t < rowTaps; ++t)
             taps[t].offset = slot(y + taps[t].dy) - slot(y) + std::ptrdiff_t(taps[t].dx) * 3;
-        diffuseRow(reinterpret_cast<const QRgb *>(rgb.constScanLine(y)), y, w, taps.data(), rowTaps, left, right,
-                   error.data() + slot(y), out);
+        diffuseRow(reinterpret_cast<const QRgb *>(rgb.constScanLine(y)), y, w, taps.data(), rowTaps, left,
+                   right, error.data() + slot(y), out);
         if (!report(progress, y + 1, h))
             return {};
     }

@@ -88,7 +88,8 @@ uint32_t ColorIndex::searchBelow(const uint32_t *path, uint32_t rgb) const
 
 ColorIndex::Block ColorIndex::prepare(uint32_t block)
 {
-    const int32_t lo[3] = {int32_t(block >> 10) << 3, int32_t((block >> 5) & 31u) << 3, int32_t(block & 31u) << 3};
+    const int32_t lo[3] = {int32_t(block >> 10) << 3, int32_t((block >> 5) & 31u) << 3,
+                           int32_t(block & 31u) << 3};
     const int32_t hi[3] = {lo[0] + 7, lo[1] + 7, lo[2] + 7};
     const uint32_t corner = uint32_t(lo[0] << 16 | lo[1] << 8 | lo[2]);
     // The first five levels of every path in the block, taken by its lowest colour.
@@ -120,8 +121,8 @@ ColorIndex::Block ColorIndex::prepare(uint32_t block)
     const uint32_t first = m_firstLeaf[searched], end = m_endLeaf[searched];
     const size_t start = m_positions.size();
     if (first != end)
-        boxCandidates(m_leafR.data() + first, m_leafG.data() + first, m_leafB.data() + first, end - first, lo, hi,
-                      m_positions);
+        boxCandidates(m_leafR.data() + first, m_leafG.data() + first, m_leafB.data() + first, end - first, lo,
+                      hi, m_positions);
     const size_t count = m_positions.size() - start;
     if (count <= 1) {
         b.kind = Answer;

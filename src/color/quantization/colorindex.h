@@ -58,7 +58,8 @@ public:
     // Whether a lookup has already met the block of rgb.
     bool isPrepared(uint32_t rgb) const
     {
-        return m_blocks[((rgb >> 9) & 0x7C00u) | ((rgb >> 6) & 0x3E0u) | ((rgb >> 3) & 0x1Fu)].kind != Unprepared;
+        return m_blocks[((rgb >> 9) & 0x7C00u) | ((rgb >> 6) & 0x3E0u) | ((rgb >> 3) & 0x1Fu)].kind !=
+               Unprepared;
     }
 
 private:

@@ -35,8 +35,8 @@ nearestColor(const int32_t *reds, const int32_t *greens, const int32_t *blues, s
     return bestAt;
 }
 
-void boxCandidates(const int32_t *reds, const int32_t *greens, const int32_t *blues, size_t n, const int32_t lo[3],
-                   const int32_t hi[3], std::vector<uint32_t> &out)
+void boxCandidates(const int32_t *reds, const int32_t *greens, const int32_t *blues, size_t n,
+                   const int32_t lo[3], const int32_t hi[3], std::vector<uint32_t> &out)
 {
     const auto axis = [](int32_t c, int32_t low, int32_t high, int32_t &nearest, int32_t &farthest) {
         nearest = c < low ? low - c : (c > high ? c - high : 0);
@@ -68,7 +68,8 @@ BlockNearest::BlockNearest(const int32_t *reds, const int32_t *greens, const int
 
 BlockNearest::Run BlockNearest::prepare(uint32_t block)
 {
-    const int32_t lo[3] = {int32_t(block >> 10) << 3, int32_t((block >> 5) & 31u) << 3, int32_t(block & 31u) << 3};
+    const int32_t lo[3] = {int32_t(block >> 10) << 3, int32_t((block >> 5) & 31u) << 3,
+                           int32_t(block & 31u) << 3};
     const int32_t hi[3] = {lo[0] + 7, lo[1] + 7, lo[2] + 7};
     Run run;
     run.first = uint32_t(m_positions.size());

@@ -15,8 +15,8 @@ size_t nearestColor(const int32_t *reds, const int32_t *greens, const int32_t *b
 // left out is nearer to no point of the box than some other colour is to the box's farthest
 // corner, so it can never win, nor tie: the first nearest among the kept positions is the first
 // nearest among all n, for every colour of the box.
-void boxCandidates(const int32_t *reds, const int32_t *greens, const int32_t *blues, size_t n, const int32_t lo[3],
-                   const int32_t hi[3], std::vector<uint32_t> &out);
+void boxCandidates(const int32_t *reds, const int32_t *greens, const int32_t *blues, size_t n,
+                   const int32_t lo[3], const int32_t hi[3], std::vector<uint32_t> &out);
 
 // The first nearest among the colours at the given positions, as nearestColor ranks them; count
 // must be at least 1. Returns the position itself.
@@ -30,10 +30,10 @@ inline uint32_t nearestAmong(const int32_t *reds, const int32_t *greens, const i
         const uint32_t at = positions[i];
         dr = r - reds[at], dg = g - greens[at], db = b - blues[at];
         const int32_t d = dr * dr + dg * dg + db * db;
-        if (d < best) {
-            best = d;
-            bestAt = at;
-        }
+        // Selected, not branched on: which one is nearer is as good as random.
+        const bool nearer = d < best;
+        best = nearer ? d : best;
+        bestAt = nearer ? at : bestAt;
     }
     return bestAt;
 }

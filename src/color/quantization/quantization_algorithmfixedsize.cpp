@@ -1,5 +1,6 @@
 #include "quantization/quantization_algorithmfixedsize.h"
 
+#include "quantization/pixelrows.h"
 #include "quantization/qa_distincthsb.h"
 #include "quantization/qa_mediancut.h"
 #include "quantization/qa_nquant.h"
@@ -7,7 +8,6 @@
 #include "quantization/qa_popularity.h"
 #include "quantization/qa_uniform.h"
 #include "quantization/qa_wu.h"
-#include "quantization/pixelrows.h"
 
 namespace {
 

@@ -65,8 +65,8 @@ DocumentImage DocumentImage::fromIndexes8(int width, int height, std::vector<uin
     // From the last row up, each row moves to a later place or stays, over no row still to move.
     for (size_t y = size_t(height); y-- > 0;) {
         std::memmove(indexes.data() + y * stride, indexes.data() + y * w, w);
-        std::fill(indexes.begin() + std::ptrdiff_t(y * stride + w), indexes.begin() + std::ptrdiff_t((y + 1) * stride),
-                  uint8_t(0));
+        std::fill(indexes.begin() + std::ptrdiff_t(y * stride + w),
+                  indexes.begin() + std::ptrdiff_t((y + 1) * stride), uint8_t(0));
     }
     img.m_indexes8 = std::make_shared<std::vector<uint8_t>>(std::move(indexes));
     img.m_picture = img.viewIndexes8({});

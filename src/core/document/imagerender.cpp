@@ -101,87 +101,179 @@ void lookupIndexRow(const uint32_t *src, QRgb *dst, int width, const QRgb *table
     lookupIndexRowScalar(src, dst, width, table, n);
 }
 
-// Position of each cell in the palette: p = v * N / 65535 in single precision (as the picture has
-// always been computed), limited to 0..N - 1; the integer part and the fraction are kept.
+// Position of a cell in the palette: p = v * N / 65535 in single precision (as the picture has
+// always been computed), limited to 0..N - 1. The quotient is taken as a product in double
+// precision and rounded to single, which gives the single-precision quotient itself, only without
+// a division: the quotient of a float by 65535 is never a float midpoint and lies at least 2^-41
+// of itself away from every one, while the product errs by at most 2^-52 of it.
+inline float position(float v, float n, float top)
+{
+    float p = float(double(v * n) * (1.0 / 65535.0));
+    p = p > 0.0f ? p : 0.0f; // negative and NaN cells show the first entry
+    return p < top ? p : top;
+}
+
+// The integer part and the fraction of each cell's position.
 CHROMAXIS_ROW_KERNEL
 void continuousPositions(const float *src, uint32_t *index, float *frac, int width, float n, float top)
 {
     for (int x = 0; x < width; ++x) {
-        float p = src[x] * n / 65535.0f;
-        p = p > 0.0f ? p : 0.0f; // negative and NaN cells show the first entry
-        p = p < top ? p : top;
+        const float p = position(src[x], n, top);
         const int32_t i = int32_t(p);
         index[x] = uint32_t(i);
         frac[x] = p - float(i);
     }
 }
 
-// The shared linear mix c_a * (1 - t) + c_b * t in double precision, truncated, reduced to the
-// high byte. A zero fraction yields c_a exactly, which is the table colour, so no branch is
-// needed; the last entry mixes with itself. pairs holds, for each entry i, the channels of i and
-// of i + 1 and their differences (red, green, blue, 0 each), so a pixel needs two adjacent loads
-// and no gathers.
-void mixRowScalar(const uint32_t *index, const float *frac, QRgb *dst, int width, const double *pairs)
+// A palette as the blending kernels read it. channels: red, green, blue and 0 of every entry and
+// once more of the last (which only ever mixes with itself, by weight 0). steps: for every entry
+// a << 15 of each channel, 0, then b - a of each channel and 0, where b is the next entry (the
+// last one's own for the last). Channels wider than 16 bits take the plain path.
+struct BlendTable
+{
+    std::vector<uint32_t> channels;
+    std::vector<int32_t> steps;
+    bool wide = false;
+    float n = 1.0f, top = 0.0f;
+
+    explicit BlendTable(const Palette<uint> &palette)
+    {
+        const int count = palette.size();
+        n = float(count);
+        top = float(count - 1);
+        channels.reserve(size_t(count + 1) * 4);
+        for (int i = 0; i <= count; ++i) {
+            const RGBAColor<uint> &c = palette[i < count ? i : count - 1];
+            channels.insert(channels.end(), {c.r, c.g, c.b, 0u});
+            wide = wide || ((c.r | c.g | c.b) > 0xFFFFu);
+        }
+        if (wide)
+            return;
+        steps.reserve(size_t(count) * 8);
+        for (int i = 0; i < count; ++i) {
+            const uint32_t *a = &channels[size_t(i) * 4], *b = a + 4;
+            steps.insert(steps.end(), {int32_t(a[0] << 15), int32_t(a[1] << 15), int32_t(a[2] << 15), 0,
+                                       int32_t(b[0]) - int32_t(a[0]), int32_t(b[1]) - int32_t(a[1]),
+                                       int32_t(b[2]) - int32_t(a[2]), 0});
+        }
+    }
+};
+
+// The written formula: the shared linear mix c_a * (1 - w) + c_b * w of entries i and i + 1 in
+// double precision, truncated, reduced to the high byte. A zero weight yields c_a exactly, the
+// table colour, so no branch is needed. Kept out of the vector kernels' functions, whose target
+// would let the compiler fuse its multiply and add into one differently rounded step.
+__attribute__((noinline)) void blendRowScalar(const float *src, QRgb *dst, int width, const BlendTable &t)
 {
     for (int x = 0; x < width; ++x) {
-        const double *e = pairs + size_t(index[x]) * 12;
-        const double w = double(frac[x]);
+        const float p = position(src[x], t.n, t.top);
+        const int32_t i = int32_t(p);
+        const uint32_t *a = t.channels.data() + size_t(i) * 4, *b = a + 4;
+        const double w = double(p - float(i));
         const double u = 1.0 - w;
-        const uint32_t r = uint32_t(int64_t(e[0] * u + e[4] * w));
-        const uint32_t g = uint32_t(int64_t(e[1] * u + e[5] * w));
-        const uint32_t b = uint32_t(int64_t(e[2] * u + e[6] * w));
-        dst[x] = 0xFF000000u | (((r >> 8) & 0xFFu) << 16) | (((g >> 8) & 0xFFu) << 8) | ((b >> 8) & 0xFFu);
+        const uint32_t r = uint32_t(int64_t(a[0] * u + b[0] * w));
+        const uint32_t g = uint32_t(int64_t(a[1] * u + b[1] * w));
+        const uint32_t bl = uint32_t(int64_t(a[2] * u + b[2] * w));
+        dst[x] = 0xFF000000u | (((r >> 8) & 0xFFu) << 16) | (((g >> 8) & 0xFFu) << 8) | ((bl >> 8) & 0xFFu);
     }
 }
 
 #if CHROMAXIS_HAVE_AVX2_PATHS
-// The same operations four lanes at a time (IEEE multiply and add, no fused multiply-add), so the
-// result is bit-identical to the scalar loop; four pixels are packed and stored together. Needs
-// channels of at most 16 bits, where the saturating packs cannot clip.
-__attribute__((target("avx2"))) void mixRowAvx2(const uint32_t *index, const float *frac, QRgb *dst, int width,
-                                                  const double *pairs)
+// Eight pixels a step, in integers. From the second entry on the fraction w is a multiple of
+// 2^-23 (the position is at least 1), so every step of the formula is exact in doubles and the
+// pixel is floor(c_a + (c_b - c_a) w) >> 8 = floor((a 2^23 + d m) / 2^31) with m = w 2^23, a the
+// channel and d the difference to the next entry. Split as m = 256 mh + ml, that is
+// (a 2^15 + d mh + floor(d ml / 256)) >> 23, where every term fits 32 bits and the sum, being
+// floor((a 2^23 + d m) / 256), lies in 0..2^31. Pixels of the first entry, whose fraction may be
+// finer, take the formula in doubles as written (entries 0 and 1 for all of them).
+// No fused multiply-add is enabled here, so the doubles round as the written formula does.
+//
+// Pixels k and k + 4 share a vector, red, green, blue and 0 each, so that their mh and ml sit in
+// the same places of the two halves, and the packed bytes come out in order.
+template <int k>
+__attribute__((target("avx2"))) inline __m256i blendPair(const int32_t *steps, const uint32_t *at, __m256i mh,
+                                                         __m256i ml)
 {
-    const __m256d one = _mm256_set1_pd(1.0);
-    const __m128i toBgra = _mm_setr_epi8(2, 1, 0, -1, 6, 5, 4, -1, 10, 9, 8, -1, 14, 13, 12, -1);
-    const __m128i opaque = _mm_set1_epi32(int(0xFF000000u));
-    int x = 0;
-    for (; x + 4 <= width; x += 4) {
-        const __m256d weights = _mm256_cvtps_pd(_mm_loadu_ps(frac + x));
-        const __m256d lanes[4] = {_mm256_permute4x64_pd(weights, 0x00), _mm256_permute4x64_pd(weights, 0x55),
-                                  _mm256_permute4x64_pd(weights, 0xAA), _mm256_permute4x64_pd(weights, 0xFF)};
-        __m128i c[4];
-        for (int k = 0; k < 4; ++k) {
-            const uint32_t i = index[x + k];
-            const double *e = pairs + size_t(i) * 12;
-            const __m256d w = lanes[k];
-            __m256d m;
-            if (i != 0) {
-                // From the second entry on the fraction has at most 23 bits, so c_a + (c_b - c_a) t
-                // is exact in doubles, and so is the mix: both give the same number, this one cheaper.
-                m = _mm256_add_pd(_mm256_loadu_pd(e), _mm256_mul_pd(_mm256_loadu_pd(e + 8), w));
-            } else {
-                const __m256d u = _mm256_sub_pd(one, w);
-                m = _mm256_add_pd(_mm256_mul_pd(_mm256_loadu_pd(e), u), _mm256_mul_pd(_mm256_loadu_pd(e + 4), w));
-            }
-            c[k] = _mm_srli_epi32(_mm256_cvttpd_epi32(m), 8); // r, g, b, 0: their high bytes
-        }
-        const __m128i bytes = _mm_packus_epi16(_mm_packus_epi32(c[0], c[1]), _mm_packus_epi32(c[2], c[3]));
-        _mm_storeu_si128(reinterpret_cast<__m128i *>(dst + x), _mm_or_si128(_mm_shuffle_epi8(bytes, toBgra), opaque));
+    const __m256i e0 = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(steps + size_t(at[k]) * 8));
+    const __m256i e1 = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(steps + size_t(at[k + 4]) * 8));
+    const __m256i a = _mm256_permute2x128_si256(e0, e1, 0x20), d = _mm256_permute2x128_si256(e0, e1, 0x31);
+    const __m256i h = _mm256_shuffle_epi32(mh, _MM_SHUFFLE(k, k, k, k));
+    const __m256i l = _mm256_shuffle_epi32(ml, _MM_SHUFFLE(k, k, k, k));
+    const __m256i sum = _mm256_add_epi32(_mm256_add_epi32(a, _mm256_mullo_epi32(d, h)),
+                                         _mm256_srai_epi32(_mm256_mullo_epi32(d, l), 8));
+    return _mm256_srli_epi32(sum, 23);
+}
+
+__attribute__((target("avx2"))) void blendRowAvx2(const float *src, QRgb *dst, int width, const BlendTable &t)
+{
+    const __m256 n = _mm256_set1_ps(t.n), top = _mm256_set1_ps(t.top), zero = _mm256_setzero_ps();
+    const __m256d reciprocal = _mm256_set1_pd(1.0 / 65535.0), one = _mm256_set1_pd(1.0);
+    const __m256i low = _mm256_set1_epi32(255), opaque = _mm256_set1_epi32(int(0xFF000000u));
+    const __m256i toBgra = _mm256_setr_epi8(2, 1, 0, -1, 6, 5, 4, -1, 10, 9, 8, -1, 14, 13, 12, -1, 2, 1, 0,
+                                            -1, 6, 5, 4, -1, 10, 9, 8, -1, 14, 13, 12, -1);
+    __m256d first[3], second[3];
+    for (int c = 0; c < 3; ++c) {
+        first[c] = _mm256_set1_pd(double(t.channels[size_t(c)]));
+        second[c] = _mm256_set1_pd(double(t.channels[size_t(4 + c)]));
     }
-    mixRowScalar(index + x, frac + x, dst + x, width - x, pairs);
+    const int32_t *steps = t.steps.data();
+    int x = 0;
+    for (; x + 8 <= width; x += 8) {
+        // The positions, as position() takes them.
+        const __m256 v = _mm256_mul_ps(_mm256_loadu_ps(src + x), n);
+        const __m128 pLow =
+            _mm256_cvtpd_ps(_mm256_mul_pd(_mm256_cvtps_pd(_mm256_castps256_ps128(v)), reciprocal));
+        const __m128 pHigh =
+            _mm256_cvtpd_ps(_mm256_mul_pd(_mm256_cvtps_pd(_mm256_extractf128_ps(v, 1)), reciprocal));
+        __m256 p = _mm256_set_m128(pHigh, pLow);
+        p = _mm256_min_ps(_mm256_and_ps(_mm256_cmp_ps(p, zero, _CMP_GT_OQ), p), top);
+        const __m256i i = _mm256_cvttps_epi32(p);
+        const __m256 w = _mm256_sub_ps(p, _mm256_cvtepi32_ps(i));
+        const __m256i m = _mm256_cvttps_epi32(_mm256_mul_ps(w, _mm256_set1_ps(8388608.0f)));
+        const __m256i mh = _mm256_srli_epi32(m, 8), ml = _mm256_and_si256(m, low);
+
+        alignas(32) uint32_t at[8];
+        _mm256_store_si256(reinterpret_cast<__m256i *>(at), i);
+        __m256i channels[4];
+        channels[0] = blendPair<0>(steps, at, mh, ml);
+        channels[1] = blendPair<1>(steps, at, mh, ml);
+        channels[2] = blendPair<2>(steps, at, mh, ml);
+        channels[3] = blendPair<3>(steps, at, mh, ml);
+        __m256i bytes = _mm256_packus_epi16(_mm256_packus_epi32(channels[0], channels[1]),
+                                            _mm256_packus_epi32(channels[2], channels[3]));
+        bytes = _mm256_shuffle_epi8(bytes, toBgra);
+
+        const __m256i firstEntry = _mm256_cmpeq_epi32(i, _mm256_setzero_si256());
+        if (!_mm256_testz_si256(firstEntry, firstEntry)) {
+            const __m256d w0 = _mm256_cvtps_pd(_mm256_castps256_ps128(w)),
+                          w1 = _mm256_cvtps_pd(_mm256_extractf128_ps(w, 1));
+            const __m256d u0 = _mm256_sub_pd(one, w0), u1 = _mm256_sub_pd(one, w1);
+            __m256i mixed = _mm256_setzero_si256();
+            for (int c = 0; c < 3; ++c) {
+                const __m128i c0 = _mm256_cvttpd_epi32(
+                    _mm256_add_pd(_mm256_mul_pd(first[c], u0), _mm256_mul_pd(second[c], w0)));
+                const __m128i c1 = _mm256_cvttpd_epi32(
+                    _mm256_add_pd(_mm256_mul_pd(first[c], u1), _mm256_mul_pd(second[c], w1)));
+                const __m256i byte = _mm256_and_si256(_mm256_srli_epi32(_mm256_set_m128i(c1, c0), 8), low);
+                mixed = _mm256_or_si256(mixed, _mm256_slli_epi32(byte, 16 - 8 * c));
+            }
+            bytes = _mm256_blendv_epi8(bytes, mixed, firstEntry);
+        }
+        _mm256_storeu_si256(reinterpret_cast<__m256i *>(dst + x), _mm256_or_si256(bytes, opaque));
+    }
+    blendRowScalar(src + x, dst + x, width - x, t);
 }
 #endif
 
-void mixRow(const uint32_t *index, const float *frac, QRgb *dst, int width, const double *pairs, bool wideChannels)
+void blendRow(const float *src, QRgb *dst, int width, const BlendTable &t)
 {
 #if CHROMAXIS_HAVE_AVX2_PATHS
-    if (hasAvx2() && !wideChannels) {
-        mixRowAvx2(index, frac, dst, width, pairs);
+    if (hasAvx2() && !t.wide) {
+        blendRowAvx2(src, dst, width, t);
         return;
     }
 #endif
-    (void)wideChannels;
-    mixRowScalar(index, frac, dst, width, pairs);
+    blendRowScalar(src, dst, width, t);
 }
 
 // Splits the rows of a large picture among the processor's cores: the live preview renders the
@@ -245,30 +337,23 @@ void renderContinuous(const float *cells, int width, int height, const Palette<u
         }
         return;
     }
-    std::vector<double> pairs;
-    bool wideChannels = false;
     if (interpolate) {
-        pairs.assign(size_t(n) * 12, 0.0);
-        for (int i = 0; i < n; ++i) {
-            const RGBAColor<uint> &a = palette[i];
-            const RGBAColor<uint> &b = palette[i + 1 < n ? i + 1 : i];
-            double *e = pairs.data() + size_t(i) * 12;
-            e[0] = a.r, e[1] = a.g, e[2] = a.b, e[4] = b.r, e[5] = b.g, e[6] = b.b;
-            e[8] = double(b.r) - a.r, e[9] = double(b.g) - a.g, e[10] = double(b.b) - a.b;
-            wideChannels = wideChannels || ((a.r | a.g | a.b) > 0xFFFFu);
-        }
+        const BlendTable blend(palette);
+        forRowBands(width, height, [&](int first, int last) {
+            for (int y = first; y < last; ++y)
+                blendRow(cells + size_t(y) * size_t(width), reinterpret_cast<QRgb *>(bits + y * stride),
+                         width, blend);
+        });
+        return;
     }
     forRowBands(width, height, [&](int first, int last) {
         std::vector<uint32_t> index(static_cast<size_t>(width));
         std::vector<float> frac(static_cast<size_t>(width));
         for (int y = first; y < last; ++y) {
-            auto *row = reinterpret_cast<QRgb *>(bits + y * stride);
             continuousPositions(cells + size_t(y) * size_t(width), index.data(), frac.data(), width, float(n),
                                 float(n - 1));
-            if (interpolate)
-                mixRow(index.data(), frac.data(), row, width, pairs.data(), wideChannels);
-            else
-                lookupIndexRow(index.data(), row, width, table.constData(), uint32_t(n));
+            lookupIndexRow(index.data(), reinterpret_cast<QRgb *>(bits + y * stride), width,
+                           table.constData(), uint32_t(n));
         }
     });
 }

@@ -113,8 +113,9 @@ QImage noise(int w, int h, unsigned seed)
     QImage image(w, h, QImage::Format_RGB32);
     for (int y = 0; y < h; ++y)
         for (int x = 0; x < w; ++x) // smooth ramps with noise, so errors run both ways
-            image.setPixel(x, y, qRgb(qBound(0, x * 255 / w + int(rng() % 61) - 30, 255),
-                                      qBound(0, y * 255 / h + int(rng() % 61) - 30, 255), int(rng() % 256)));
+            image.setPixel(x, y,
+                           qRgb(qBound(0, x * 255 / w + int(rng() % 61) - 30, 255),
+                                qBound(0, y * 255 / h + int(rng() % 61) - 30, 255), int(rng() % 256)));
     return image;
 }
 
@@ -338,8 +339,8 @@ void TestDithering::diffusionMatchesWholePictureBuffer_data()
     QTest::addColumn<int>("method");
     QTest::addColumn<QSize>("size");
     QTest::addColumn<Palette<uint>>("palette");
-    const char *names[] = {"", "Atkinson", "Burkes", "Floyd-Steinberg", "Jarvis", "two-row Sierra", "Sierra",
-                           "Sierra Lite", "Stucki"};
+    const char *names[] = {"",       "Atkinson",    "Burkes", "Floyd-Steinberg", "Jarvis", "two-row Sierra",
+                           "Sierra", "Sierra Lite", "Stucki"};
     // Pictures shorter and narrower than the kernels, as tall as they are and taller; palettes
     // stored as 8-bit and as 32-bit indexes.
     const QList<QSize> sizes{{1, 1}, {1, 6}, {6, 1}, {2, 2}, {3, 3}, {7, 4}, {13, 11}, {64, 9}};
@@ -357,7 +358,8 @@ void TestDithering::diffusionMatchesWholePictureBuffer()
     QFETCH(int, method);
     QFETCH(QSize, size);
     QFETCH(Palette<uint>, palette);
-    const QImage image = noise(size.width(), size.height(), uint(method * 1000 + size.width() * 31 + size.height()));
+    const QImage image =
+        noise(size.width(), size.height(), uint(method * 1000 + size.width() * 31 + size.height()));
     ColorIndex index(palette);
     const DitherResult r = Dithering_ErrorDiffusion(&index, method).dither(image, palette, 2);
     QCOMPARE(r.kind, palette.size() <= 256 ? 2 : 3);

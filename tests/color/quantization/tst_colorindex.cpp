@@ -60,11 +60,13 @@ void TestColorIndex::candidatesKeepTheFirstNearest_data()
     QTest::addColumn<int>("side");
     QTest::newRow("one colour") << QList<uint>{0x102030} << 0xF0F0F0u << 8;
     // Equally near to much of the box: ties go to the first, which must be kept.
-    QTest::newRow("mirror images across the box") << QList<uint>{0x60707C, 0x607084, 0x607080} << 0x60707Cu << 8;
+    QTest::newRow("mirror images across the box")
+        << QList<uint>{0x60707C, 0x607084, 0x607080} << 0x60707Cu << 8;
     // The first colour is as near to the far corner as the second is to its own far corner: a
     // tie at that corner that the first must win.
     QTest::newRow("a tie at the far corner") << QList<uint>{0x0E0E0E, 0x000000} << 0x000000u << 8;
-    QTest::newRow("repeated colours") << QList<uint>{0x405060, 0x405060, 0x405061, 0x405060} << 0x405858u << 8;
+    QTest::newRow("repeated colours")
+        << QList<uint>{0x405060, 0x405060, 0x405061, 0x405060} << 0x405858u << 8;
     QTest::newRow("256 random around a box") << randomColours(256, 3) << 0x808080u << 8;
     QTest::newRow("256 random, box in a corner") << randomColours(256, 4) << 0xF8F8F8u << 8;
     QTest::newRow("a cluster far from the box") << randomColours(60, 5, 0x1F1F1Fu) << 0xC0A0E0u << 8;
@@ -113,8 +115,10 @@ void TestColorIndex::blockNearestIsNearest()
     BlockNearest nearest(c.r.data(), c.g.data(), c.b.data(), c.r.size());
     for (uint rgb : randomColours(20000, 9)) {
         const int32_t r = int32_t(rgb >> 16), g = int32_t((rgb >> 8) & 0xFF), b = int32_t(rgb & 0xFF);
-        QCOMPARE(size_t(nearest.nearest(r, g, b)), nearestColor(c.r.data(), c.g.data(), c.b.data(), c.r.size(), r, g, b));
-        QCOMPARE(size_t(nearest.nearest(r, g, b)), nearestColor(c.r.data(), c.g.data(), c.b.data(), c.r.size(), r, g, b));
+        QCOMPARE(size_t(nearest.nearest(r, g, b)),
+                 nearestColor(c.r.data(), c.g.data(), c.b.data(), c.r.size(), r, g, b));
+        QCOMPARE(size_t(nearest.nearest(r, g, b)),
+                 nearestColor(c.r.data(), c.g.data(), c.b.data(), c.r.size(), r, g, b));
     }
     QCOMPARE(nearest.nearest(0, 0, 0), 200u);
 }

@@ -74,7 +74,8 @@ void TestDocumentImageIO::unreadableFiles_data()
 {
     QTest::addColumn<QByteArray>("content");
     QTest::addColumn<QString>("message");
-    QTest::newRow("not a picture") << QByteArray("no picture here") << "Cannot load x.png.\nUnknown image format.";
+    QTest::newRow("not a picture") << QByteArray("no picture here")
+                                   << "Cannot load x.png.\nUnknown image format.";
     QTest::newRow("a PNG cut short") << QByteArray("\x89PNG\r\n\x1a\n\0\0\0\rIHDR", 16)
                                      << "Cannot load x.png.\nUnknown error.";
     QTest::newRow("empty") << QByteArray() << "Cannot load x.png.\nUnknown image format.";
