@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <cstdlib>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -48,11 +50,11 @@ QVector<QRgb> paletteColourTable(const Palette<uint> &palette)
     return table;
 }
 
-// The row kernels are built twice, for AVX2 (where the table lookups become gathers) and for
-// the plain x86-64 baseline; the loader picks one at start-up. Both use the same IEEE operations
-// in the same order, so the pictures are identical whichever runs.
+// The position kernel is built three times, for AVX-512, for AVX2 and for the plain x86-64
+// baseline; the loader picks one at start-up. All use the same IEEE operations in the same order,
+// so the pictures are identical whichever runs.
 #if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__) && !defined(__SANITIZE_ADDRESS__)
-#define CHROMAXIS_ROW_KERNEL __attribute__((target_clones("avx2", "default")))
+#define CHROMAXIS_ROW_KERNEL __attribute__((target_clones("avx512f", "avx2", "default")))
 #else
 #define CHROMAXIS_ROW_KERNEL
 #endif
@@ -60,10 +62,32 @@ QVector<QRgb> paletteColourTable(const Palette<uint> &palette)
 namespace {
 
 #if CHROMAXIS_HAVE_AVX2_PATHS
+// The widest vector kernels the processor runs, lowered by CHROMAXIS_SIMD ("avx2" or "none"), so
+// that the tests can check every kernel on a machine that has the widest.
+enum class Simd
+{
+    None,
+    Avx2,
+    Avx512
+};
+
+Simd simd()
+{
+    static const Simd level = [] {
+        const char *cap = std::getenv("CHROMAXIS_SIMD");
+        const std::string limit = cap ? cap : "";
+        if (limit == "none" || !__builtin_cpu_supports("avx2"))
+            return Simd::None;
+        if (limit == "avx2" || !__builtin_cpu_supports("avx512f") || !__builtin_cpu_supports("avx512bw"))
+            return Simd::Avx2;
+        return Simd::Avx512;
+    }();
+    return level;
+}
+
 bool hasAvx2()
 {
-    static const bool avx2 = __builtin_cpu_supports("avx2");
-    return avx2;
+    return simd() != Simd::None;
 }
 #endif
 
@@ -101,75 +125,60 @@ void lookupIndexRow(const uint32_t *src, QRgb *dst, int width, const QRgb *table
     lookupIndexRowScalar(src, dst, width, table, n);
 }
 
-// Position of a cell in the palette: p = v * N / 65535 in single precision (as the picture has
-// always been computed), limited to 0..N - 1. The quotient is taken as a product in double
-// precision and rounded to single, which gives the single-precision quotient itself, only without
-// a division: the quotient of a float by 65535 is never a float midpoint and lies at least 2^-41
-// of itself away from every one, while the product errs by at most 2^-52 of it.
-inline float position(float v, float n, float top)
-{
-    float p = float(double(v * n) * (1.0 / 65535.0));
-    p = p > 0.0f ? p : 0.0f; // negative and NaN cells show the first entry
-    return p < top ? p : top;
-}
-
-// The integer part and the fraction of each cell's position.
+// Position of each cell in the palette: p = v * N / 65535 in single precision (as the picture has
+// always been computed), limited to 0..N - 1; the integer part times scale and the fraction are
+// kept.
 CHROMAXIS_ROW_KERNEL
-void continuousPositions(const float *src, uint32_t *index, float *frac, int width, float n, float top)
+void continuousPositions(const float *src, uint32_t *index, float *frac, int width, float n, float top,
+                         uint32_t scale = 1)
 {
     for (int x = 0; x < width; ++x) {
-        const float p = position(src[x], n, top);
+        float p = src[x] * n / 65535.0f;
+        p = p > 0.0f ? p : 0.0f; // negative and NaN cells show the first entry
+        p = p < top ? p : top;
         const int32_t i = int32_t(p);
-        index[x] = uint32_t(i);
+        index[x] = uint32_t(i) * scale;
         frac[x] = p - float(i);
     }
 }
 
-// A palette as the blending kernels read it. channels: red, green, blue and 0 of every entry and
-// once more of the last (which only ever mixes with itself, by weight 0). steps: for every entry
-// a << 15 of each channel, 0, then b - a of each channel and 0, where b is the next entry (the
-// last one's own for the last). Channels wider than 16 bits take the plain path.
+// A palette as the blending kernels read it: red, green, blue and 0 of every entry and once more
+// of the last (which only ever mixes with itself, by weight 0), in 32 bits in channels and in 16
+// in steps, where an entry and the next are one 16-byte load and a palette of 4096 entries fits
+// the first-level cache. Channels wider than 16 bits take the plain path.
 struct BlendTable
 {
     std::vector<uint32_t> channels;
-    std::vector<int32_t> steps;
+    std::vector<uint16_t> steps;
     bool wide = false;
-    float n = 1.0f, top = 0.0f;
 
     explicit BlendTable(const Palette<uint> &palette)
     {
         const int count = palette.size();
-        n = float(count);
-        top = float(count - 1);
+        if (count == 0)
+            return;
         channels.reserve(size_t(count + 1) * 4);
         for (int i = 0; i <= count; ++i) {
             const RGBAColor<uint> &c = palette[i < count ? i : count - 1];
             channels.insert(channels.end(), {c.r, c.g, c.b, 0u});
             wide = wide || ((c.r | c.g | c.b) > 0xFFFFu);
         }
-        if (wide)
-            return;
-        steps.reserve(size_t(count) * 8);
-        for (int i = 0; i < count; ++i) {
-            const uint32_t *a = &channels[size_t(i) * 4], *b = a + 4;
-            steps.insert(steps.end(), {int32_t(a[0] << 15), int32_t(a[1] << 15), int32_t(a[2] << 15), 0,
-                                       int32_t(b[0]) - int32_t(a[0]), int32_t(b[1]) - int32_t(a[1]),
-                                       int32_t(b[2]) - int32_t(a[2]), 0});
-        }
+        if (!wide)
+            for (uint32_t c : channels)
+                steps.push_back(uint16_t(c));
     }
 };
 
 // The written formula: the shared linear mix c_a * (1 - w) + c_b * w of entries i and i + 1 in
-// double precision, truncated, reduced to the high byte. A zero weight yields c_a exactly, the
-// table colour, so no branch is needed. Kept out of the vector kernels' functions, whose target
-// would let the compiler fuse its multiply and add into one differently rounded step.
-__attribute__((noinline)) void blendRowScalar(const float *src, QRgb *dst, int width, const BlendTable &t)
+// double precision, truncated, reduced to the high byte; step holds 4 i. A zero weight yields
+// c_a exactly, the table colour, so no branch is needed. Built for the baseline only, where no
+// fused multiply-add can round the mix differently.
+__attribute__((noinline)) void blendRowScalar(const uint32_t *step, const float *frac, QRgb *dst, int width,
+                                              const BlendTable &t)
 {
     for (int x = 0; x < width; ++x) {
-        const float p = position(src[x], t.n, t.top);
-        const int32_t i = int32_t(p);
-        const uint32_t *a = t.channels.data() + size_t(i) * 4, *b = a + 4;
-        const double w = double(p - float(i));
+        const uint32_t *a = t.channels.data() + step[x], *b = a + 4;
+        const double w = double(frac[x]);
         const double u = 1.0 - w;
         const uint32_t r = uint32_t(int64_t(a[0] * u + b[0] * w));
         const uint32_t g = uint32_t(int64_t(a[1] * u + b[1] * w));
@@ -179,101 +188,134 @@ __attribute__((noinline)) void blendRowScalar(const float *src, QRgb *dst, int w
 }
 
 #if CHROMAXIS_HAVE_AVX2_PATHS
-// Eight pixels a step, in integers. From the second entry on the fraction w is a multiple of
-// 2^-23 (the position is at least 1), so every step of the formula is exact in doubles and the
-// pixel is floor(c_a + (c_b - c_a) w) >> 8 = floor((a 2^23 + d m) / 2^31) with m = w 2^23, a the
-// channel and d the difference to the next entry. Split as m = 256 mh + ml, that is
+// The vector kernels blend in integers. From the second entry on the weight w is a multiple of
+// 2^-23 (the position is at least 1), so every step of the written formula is exact in doubles
+// and the pixel is floor(c_a + (c_b - c_a) w) >> 8 = floor((a 2^23 + d m) / 2^31), with m = w 2^23,
+// a the channel and d the difference to the next entry. Split as m = 256 mh + ml, that is
 // (a 2^15 + d mh + floor(d ml / 256)) >> 23, where every term fits 32 bits and the sum, being
-// floor((a 2^23 + d m) / 256), lies in 0..2^31. Pixels of the first entry, whose fraction may be
-// finer, take the formula in doubles as written (entries 0 and 1 for all of them).
-// No fused multiply-add is enabled here, so the doubles round as the written formula does.
+// floor((a 2^23 + d m) / 256), lies in 0..2^31. Pixels of the first entry with a weight, which may
+// be finer, are left to the written formula.
 //
-// Pixels k and k + 4 share a vector, red, green, blue and 0 each, so that their mh and ml sit in
-// the same places of the two halves, and the packed bytes come out in order.
-template <int k>
-__attribute__((target("avx2"))) inline __m256i blendPair(const int32_t *steps, const uint32_t *at, __m256i mh,
-                                                         __m256i ml)
+// Pixel k of a group shares a vector with pixels k + 4 (and k + 8, k + 12 in the wider kernel):
+// their mh and ml then sit in the same place of every 128-bit lane, and the packed bytes come out
+// in order. One load brings a pixel's entry a and the next, b, in 16 bits a channel.
+
+// Entries i and i + 1 in 32 bits a channel, for the pixel whose entry starts at steps[step].
+__attribute__((target("avx2"))) inline __m256i entryPair(const uint16_t *steps, uint32_t step)
 {
-    const __m256i e0 = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(steps + size_t(at[k]) * 8));
-    const __m256i e1 = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(steps + size_t(at[k + 4]) * 8));
-    const __m256i a = _mm256_permute2x128_si256(e0, e1, 0x20), d = _mm256_permute2x128_si256(e0, e1, 0x31);
+    return _mm256_cvtepu16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i *>(steps + step)));
+}
+
+template <int k>
+__attribute__((target("avx2"))) inline __m256i blendPair(const uint16_t *steps, const uint32_t *step,
+                                                         __m256i mh, __m256i ml)
+{
+    const __m256i e0 = entryPair(steps, step[k]), e1 = entryPair(steps, step[k + 4]);
+    const __m256i a = _mm256_permute2x128_si256(e0, e1, 0x20);
+    const __m256i d = _mm256_sub_epi32(_mm256_permute2x128_si256(e0, e1, 0x31), a);
     const __m256i h = _mm256_shuffle_epi32(mh, _MM_SHUFFLE(k, k, k, k));
     const __m256i l = _mm256_shuffle_epi32(ml, _MM_SHUFFLE(k, k, k, k));
-    const __m256i sum = _mm256_add_epi32(_mm256_add_epi32(a, _mm256_mullo_epi32(d, h)),
+    const __m256i sum = _mm256_add_epi32(_mm256_add_epi32(_mm256_slli_epi32(a, 15), _mm256_mullo_epi32(d, h)),
                                          _mm256_srai_epi32(_mm256_mullo_epi32(d, l), 8));
     return _mm256_srli_epi32(sum, 23);
 }
 
-__attribute__((target("avx2"))) void blendRowAvx2(const float *src, QRgb *dst, int width, const BlendTable &t)
+__attribute__((target("avx2"))) void blendRowAvx2(const uint32_t *step, const float *frac, QRgb *dst,
+                                                  int width, const BlendTable &t)
 {
-    const __m256 n = _mm256_set1_ps(t.n), top = _mm256_set1_ps(t.top), zero = _mm256_setzero_ps();
-    const __m256d reciprocal = _mm256_set1_pd(1.0 / 65535.0), one = _mm256_set1_pd(1.0);
     const __m256i low = _mm256_set1_epi32(255), opaque = _mm256_set1_epi32(int(0xFF000000u));
     const __m256i toBgra = _mm256_setr_epi8(2, 1, 0, -1, 6, 5, 4, -1, 10, 9, 8, -1, 14, 13, 12, -1, 2, 1, 0,
                                             -1, 6, 5, 4, -1, 10, 9, 8, -1, 14, 13, 12, -1);
-    __m256d first[3], second[3];
-    for (int c = 0; c < 3; ++c) {
-        first[c] = _mm256_set1_pd(double(t.channels[size_t(c)]));
-        second[c] = _mm256_set1_pd(double(t.channels[size_t(4 + c)]));
-    }
-    const int32_t *steps = t.steps.data();
+    const uint16_t *steps = t.steps.data();
     int x = 0;
     for (; x + 8 <= width; x += 8) {
-        // The positions, as position() takes them.
-        const __m256 v = _mm256_mul_ps(_mm256_loadu_ps(src + x), n);
-        const __m128 pLow =
-            _mm256_cvtpd_ps(_mm256_mul_pd(_mm256_cvtps_pd(_mm256_castps256_ps128(v)), reciprocal));
-        const __m128 pHigh =
-            _mm256_cvtpd_ps(_mm256_mul_pd(_mm256_cvtps_pd(_mm256_extractf128_ps(v, 1)), reciprocal));
-        __m256 p = _mm256_set_m128(pHigh, pLow);
-        p = _mm256_min_ps(_mm256_and_ps(_mm256_cmp_ps(p, zero, _CMP_GT_OQ), p), top);
-        const __m256i i = _mm256_cvttps_epi32(p);
-        const __m256 w = _mm256_sub_ps(p, _mm256_cvtepi32_ps(i));
-        const __m256i m = _mm256_cvttps_epi32(_mm256_mul_ps(w, _mm256_set1_ps(8388608.0f)));
+        const __m256i m =
+            _mm256_cvttps_epi32(_mm256_mul_ps(_mm256_loadu_ps(frac + x), _mm256_set1_ps(8388608.0f)));
         const __m256i mh = _mm256_srli_epi32(m, 8), ml = _mm256_and_si256(m, low);
-
-        alignas(32) uint32_t at[8];
-        _mm256_store_si256(reinterpret_cast<__m256i *>(at), i);
-        __m256i channels[4];
-        channels[0] = blendPair<0>(steps, at, mh, ml);
-        channels[1] = blendPair<1>(steps, at, mh, ml);
-        channels[2] = blendPair<2>(steps, at, mh, ml);
-        channels[3] = blendPair<3>(steps, at, mh, ml);
-        __m256i bytes = _mm256_packus_epi16(_mm256_packus_epi32(channels[0], channels[1]),
-                                            _mm256_packus_epi32(channels[2], channels[3]));
-        bytes = _mm256_shuffle_epi8(bytes, toBgra);
-
-        const __m256i firstEntry = _mm256_cmpeq_epi32(i, _mm256_setzero_si256());
-        if (!_mm256_testz_si256(firstEntry, firstEntry)) {
-            const __m256d w0 = _mm256_cvtps_pd(_mm256_castps256_ps128(w)),
-                          w1 = _mm256_cvtps_pd(_mm256_extractf128_ps(w, 1));
-            const __m256d u0 = _mm256_sub_pd(one, w0), u1 = _mm256_sub_pd(one, w1);
-            __m256i mixed = _mm256_setzero_si256();
-            for (int c = 0; c < 3; ++c) {
-                const __m128i c0 = _mm256_cvttpd_epi32(
-                    _mm256_add_pd(_mm256_mul_pd(first[c], u0), _mm256_mul_pd(second[c], w0)));
-                const __m128i c1 = _mm256_cvttpd_epi32(
-                    _mm256_add_pd(_mm256_mul_pd(first[c], u1), _mm256_mul_pd(second[c], w1)));
-                const __m256i byte = _mm256_and_si256(_mm256_srli_epi32(_mm256_set_m128i(c1, c0), 8), low);
-                mixed = _mm256_or_si256(mixed, _mm256_slli_epi32(byte, 16 - 8 * c));
-            }
-            bytes = _mm256_blendv_epi8(bytes, mixed, firstEntry);
+        const uint32_t *s = step + x;
+        const __m256i bytes = _mm256_packus_epi16(
+            _mm256_packus_epi32(blendPair<0>(steps, s, mh, ml), blendPair<1>(steps, s, mh, ml)),
+            _mm256_packus_epi32(blendPair<2>(steps, s, mh, ml), blendPair<3>(steps, s, mh, ml)));
+        _mm256_storeu_si256(reinterpret_cast<__m256i *>(dst + x),
+                            _mm256_or_si256(_mm256_shuffle_epi8(bytes, toBgra), opaque));
+        const __m256i first = _mm256_andnot_si256(
+            _mm256_castps_si256(_mm256_cmp_ps(_mm256_loadu_ps(frac + x), _mm256_setzero_ps(), _CMP_EQ_OQ)),
+            _mm256_cmpeq_epi32(_mm256_loadu_si256(reinterpret_cast<const __m256i *>(s)),
+                               _mm256_setzero_si256()));
+        for (uint32_t lanes = uint32_t(_mm256_movemask_ps(_mm256_castsi256_ps(first))); lanes;
+             lanes &= lanes - 1) {
+            const int k = __builtin_ctz(lanes);
+            blendRowScalar(s + k, frac + x + k, dst + x + k, 1, t);
         }
-        _mm256_storeu_si256(reinterpret_cast<__m256i *>(dst + x), _mm256_or_si256(bytes, opaque));
     }
-    blendRowScalar(src + x, dst + x, width - x, t);
+    blendRowScalar(step + x, frac + x, dst + x, width - x, t);
 }
+
+// GCC 12 takes the undefined vectors inside its AVX-512 intrinsics for uninitialised variables.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wuninitialized"
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+template <int k>
+__attribute__((target("avx512f,avx512bw"))) inline __m512i
+blendQuad(const uint16_t *steps, const uint32_t *step, __m512i mh, __m512i ml)
+{
+    const __m512i e01 = _mm512_inserti64x4(_mm512_castsi256_si512(entryPair(steps, step[k])),
+                                           entryPair(steps, step[k + 4]), 1);
+    const __m512i e23 = _mm512_inserti64x4(_mm512_castsi256_si512(entryPair(steps, step[k + 8])),
+                                           entryPair(steps, step[k + 12]), 1);
+    const __m512i a = _mm512_shuffle_i64x2(e01, e23, _MM_SHUFFLE(2, 0, 2, 0));
+    const __m512i d = _mm512_sub_epi32(_mm512_shuffle_i64x2(e01, e23, _MM_SHUFFLE(3, 1, 3, 1)), a);
+    const __m512i h = _mm512_shuffle_epi32(mh, _MM_PERM_ENUM(_MM_SHUFFLE(k, k, k, k)));
+    const __m512i l = _mm512_shuffle_epi32(ml, _MM_PERM_ENUM(_MM_SHUFFLE(k, k, k, k)));
+    const __m512i sum = _mm512_add_epi32(_mm512_add_epi32(_mm512_slli_epi32(a, 15), _mm512_mullo_epi32(d, h)),
+                                         _mm512_srai_epi32(_mm512_mullo_epi32(d, l), 8));
+    return _mm512_srli_epi32(sum, 23);
+}
+
+__attribute__((target("avx512f,avx512bw"))) void blendRowAvx512(const uint32_t *step, const float *frac,
+                                                                QRgb *dst, int width, const BlendTable &t)
+{
+    const __m512i low = _mm512_set1_epi32(255), opaque = _mm512_set1_epi32(int(0xFF000000u));
+    const __m512i toBgra =
+        _mm512_broadcast_i32x4(_mm_setr_epi8(2, 1, 0, -1, 6, 5, 4, -1, 10, 9, 8, -1, 14, 13, 12, -1));
+    const uint16_t *steps = t.steps.data();
+    int x = 0;
+    for (; x + 16 <= width; x += 16) {
+        const __m512i m =
+            _mm512_cvttps_epi32(_mm512_mul_ps(_mm512_loadu_ps(frac + x), _mm512_set1_ps(8388608.0f)));
+        const __m512i mh = _mm512_srli_epi32(m, 8), ml = _mm512_and_si512(m, low);
+        const uint32_t *s = step + x;
+        const __m512i bytes = _mm512_packus_epi16(
+            _mm512_packus_epi32(blendQuad<0>(steps, s, mh, ml), blendQuad<1>(steps, s, mh, ml)),
+            _mm512_packus_epi32(blendQuad<2>(steps, s, mh, ml), blendQuad<3>(steps, s, mh, ml)));
+        _mm512_storeu_si512(dst + x, _mm512_or_si512(_mm512_shuffle_epi8(bytes, toBgra), opaque));
+        const __mmask16 first =
+            _mm512_cmpeq_epi32_mask(_mm512_loadu_si512(s), _mm512_setzero_si512()) &
+            _mm512_cmp_ps_mask(_mm512_loadu_ps(frac + x), _mm512_setzero_ps(), _CMP_NEQ_UQ);
+        for (uint32_t lanes = first; lanes; lanes &= lanes - 1) {
+            const int k = __builtin_ctz(lanes);
+            blendRowScalar(s + k, frac + x + k, dst + x + k, 1, t);
+        }
+    }
+    blendRowAvx2(step + x, frac + x, dst + x, width - x, t);
+}
+#pragma GCC diagnostic pop
 #endif
 
-void blendRow(const float *src, QRgb *dst, int width, const BlendTable &t)
+// step holds 4 i of each pixel's entry i: where the entry starts in the tables.
+void blendRow(const uint32_t *step, const float *frac, QRgb *dst, int width, const BlendTable &t)
 {
 #if CHROMAXIS_HAVE_AVX2_PATHS
-    if (hasAvx2() && !t.wide) {
-        blendRowAvx2(src, dst, width, t);
+    if (!t.wide && simd() == Simd::Avx512) {
+        blendRowAvx512(step, frac, dst, width, t);
+        return;
+    }
+    if (!t.wide && simd() == Simd::Avx2) {
+        blendRowAvx2(step, frac, dst, width, t);
         return;
     }
 #endif
-    blendRowScalar(src, dst, width, t);
+    blendRowScalar(step, frac, dst, width, t);
 }
 
 // Splits the rows of a large picture among the processor's cores: the live preview renders the
@@ -337,23 +379,18 @@ void renderContinuous(const float *cells, int width, int height, const Palette<u
         }
         return;
     }
-    if (interpolate) {
-        const BlendTable blend(palette);
-        forRowBands(width, height, [&](int first, int last) {
-            for (int y = first; y < last; ++y)
-                blendRow(cells + size_t(y) * size_t(width), reinterpret_cast<QRgb *>(bits + y * stride),
-                         width, blend);
-        });
-        return;
-    }
+    const BlendTable blend(interpolate ? palette : Palette<uint>());
     forRowBands(width, height, [&](int first, int last) {
         std::vector<uint32_t> index(static_cast<size_t>(width));
         std::vector<float> frac(static_cast<size_t>(width));
         for (int y = first; y < last; ++y) {
+            auto *row = reinterpret_cast<QRgb *>(bits + y * stride);
             continuousPositions(cells + size_t(y) * size_t(width), index.data(), frac.data(), width, float(n),
-                                float(n - 1));
-            lookupIndexRow(index.data(), reinterpret_cast<QRgb *>(bits + y * stride), width,
-                           table.constData(), uint32_t(n));
+                                float(n - 1), interpolate ? 4 : 1);
+            if (interpolate)
+                blendRow(index.data(), frac.data(), row, width, blend);
+            else
+                lookupIndexRow(index.data(), row, width, table.constData(), uint32_t(n));
         }
     });
 }
