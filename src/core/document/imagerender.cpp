@@ -381,16 +381,22 @@ void renderContinuous(const float *cells, int width, int height, const Palette<u
     }
     const BlendTable blend(interpolate ? palette : Palette<uint>());
     forRowBands(width, height, [&](int first, int last) {
-        std::vector<uint32_t> index(static_cast<size_t>(width));
-        std::vector<float> frac(static_cast<size_t>(width));
+        // A few hundred pixels at a time, so that the positions stay in the first-level cache
+        // beside the palette's tables.
+        constexpr int piece = 256;
+        uint32_t index[piece];
+        float frac[piece];
         for (int y = first; y < last; ++y) {
+            const float *src = cells + size_t(y) * size_t(width);
             auto *row = reinterpret_cast<QRgb *>(bits + y * stride);
-            continuousPositions(cells + size_t(y) * size_t(width), index.data(), frac.data(), width, float(n),
-                                float(n - 1), interpolate ? 4 : 1);
-            if (interpolate)
-                blendRow(index.data(), frac.data(), row, width, blend);
-            else
-                lookupIndexRow(index.data(), row, width, table.constData(), uint32_t(n));
+            for (int x = 0; x < width; x += piece) {
+                const int count = std::min(piece, width - x);
+                continuousPositions(src + x, index, frac, count, float(n), float(n - 1), interpolate ? 4 : 1);
+                if (interpolate)
+                    blendRow(index, frac, row + x, count, blend);
+                else
+                    lookupIndexRow(index, row + x, count, table.constData(), uint32_t(n));
+            }
         }
     });
 }
