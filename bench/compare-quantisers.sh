@@ -4,13 +4,17 @@
 #
 #   bench/compare-quantisers.sh IMAGE
 #
-# IMAGE should be a photograph of at least 8 megapixels in any format ImageMagick reads; it is
-# converted to a PNG once and every tool reads that PNG. Environment:
+# IMAGE should be a photograph of at least 8 megapixels in any format ImageMagick reads (a
+# camera's 3264x2448 JPEG, say); it is converted to a PNG once and every tool reads that PNG.
+# Without a photograph at hand, a noisy plasma of that size is a harder stand-in (it has far more
+# distinct colours than a photograph):
+#   convert -seed 11 -size 3264x2448 plasma:fractal -blur 0x1.5 -attenuate 0.3 +noise Gaussian photo.jpg
+# The peer tools are Debian's: apt-get install pngquant imagemagick. Environment:
 #   CHROMAXIS_CLI  the command-line program (default: build/src/cli/chromaxis-cli)
 #   CONVERT, COMPARE, IDENTIFY, PNGQUANT  the peer tools (default: from PATH)
-#   RUNS           runs per tool; the fastest counts (default 3)
-# Targets: Wu with error diffusion at most 1.0x pngquant's time and 0.4x ImageMagick's, with a
-# peak memory below ImageMagick's.
+#   RUNS           runs per tool; the fastest counts, memory is the largest peak (default 3)
+# Targets for Wu with error diffusion: at most 0.8x pngquant's time and 0.4x ImageMagick's, and a
+# peak memory of at most 1.5x pngquant's.
 set -euo pipefail
 
 if [[ $# -ne 1 || ! -f $1 ]]; then
@@ -79,18 +83,18 @@ measure "mediancut+nearest" "$work/cx.png" "$cli" image quantise "$input" "$work
     --set palette=3 --set method=0 --set colors=256 --set dither=0
 
 echo
-printf '%-28s %10s %10s %12s %12s\n' run "/pngquant" "/magick" "cpu/pngquant" "mem/magick"
+printf '%-28s %10s %10s %12s %12s\n' run "/pngquant" "/magick" "cpu/pngquant" "mem/pngquant"
 met=yes
 for name in $(printf '%s\n' "${!wall[@]}" | sort); do
     [[ $name == pngquant || $name == imagemagick ]] && continue
     rp=$(echo "scale=2; ${wall[$name]} / ${wall[pngquant]}" | bc)
     ri=$(echo "scale=2; ${wall[$name]} / ${wall[imagemagick]}" | bc)
     rc=$(echo "scale=2; ${cpu[$name]} / ${cpu[pngquant]}" | bc)
-    rm=$(echo "scale=2; ${rss[$name]} / ${rss[imagemagick]}" | bc)
+    rm=$(echo "scale=2; ${rss[$name]} / ${rss[pngquant]}" | bc)
     printf '%-28s %9sx %9sx %11sx %11sx\n' "$name" "$rp" "$ri" "$rc" "$rm"
-    if [[ $name == wu+* && $name != wu+nearest ]] && (($(echo "$rp > 1.0 || $ri > 0.4 || $rm >= 1.0" | bc))); then
+    if [[ $name == wu+* && $name != wu+nearest ]] && (($(echo "$rp > 0.8 || $ri > 0.4 || $rm > 1.5" | bc))); then
         met=no
     fi
 done
 echo
-echo "targets for Wu with error diffusion (<= 1.0x pngquant, <= 0.4x ImageMagick, less memory): met: $met"
+echo "targets for Wu with error diffusion (<= 0.8x pngquant, <= 0.4x ImageMagick, <= 1.5x pngquant's memory): met: $met"

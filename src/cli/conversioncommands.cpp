@@ -120,13 +120,14 @@ int imageQuantise(CliContext &ctx)
     const ImageQuantisizeSettings settings =
         ImageQuantisizeSettings::fromPairs(settingsFromArgs(args, ImageQuantisizeSettings::settingsName));
     Input input = openInput(args.operands()[0]);
-    const PaletteDatabase &db = PaletteDatabase::shipped();
-    ImageQuantisizer quantisizer(&db);
+    // The shipped palettes are parsed only when the palette comes from them ("From DB"): they
+    // take megabytes beside an image that may take all the memory there is.
+    ImageQuantisizer quantisizer(settings.palette == 4 ? &PaletteDatabase::shipped() : nullptr);
     settings.configure(quantisizer, input.palette);
     showProgress(quantisizer);
     DocumentImage result;
     {
-        const Palette<uint> colors = ImageQuantisizer::imageColors(input.image, input.palette);
+        const Palette<uint> colors = quantisizer.colorsFor(input.image, input.palette);
         result = quantisizer.apply(input.image, colors, input.palette);
     }
     input.image = DocumentImage(); // the source is not needed for writing

@@ -64,7 +64,7 @@ bool ImageQuantisizeDialog::run()
     ImageQuantisizer quantisizer(m_database);
     s.configure(quantisizer, m_given);
     const bool done = runEngine(quantisizer, [&]() {
-        return quantisizer.apply(m_image, ImageQuantisizer::imageColors(m_image, m_shownWith), m_shownWith);
+        return quantisizer.apply(m_image, quantisizer.colorsFor(m_image, m_shownWith), m_shownWith);
     });
     if (done) {
         QSettings stored;

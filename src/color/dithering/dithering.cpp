@@ -25,6 +25,9 @@ Dithering::Output::Output(const Palette<uint> &palette, int target, int width, i
                 ++first;
             m_remap[size_t(i)] = uint8_t(first);
         }
+        // Room for rows padded to 32 bits, so that an indexed picture can take the bytes over
+        // in place instead of copying them.
+        m_result.indexes8.reserve(size_t((width + 3) & ~3) * size_t(height));
         m_result.indexes8.assign(pixels, 0);
     } else {
         m_kind = 3;

@@ -72,28 +72,35 @@ DitherResult Dithering_ErrorDiffusion::dither(const QImage &image, const Palette
         for (int e = 0; e < errorSpan; ++e)
             shares[size_t(wgt) * errorSpan + size_t(e)] = share(wgt, e + lowestError);
 
-    // The non-zero weights row by row, each with its offset from the current pixel.
+    // The non-zero weights row by row, each with its column offset from the current pixel.
     std::vector<Tap> taps;
     int left = 0, right = 0;
     for (int dy = 0; dy < m_height; ++dy)
         for (int dx = 0; dx < m_width; ++dx)
             if (const int wgt = m_weights[size_t(dy * m_width + dx)]) {
                 const int ox = dx - m_currentColumn;
-                taps.push_back({ox, dy, shares.data() + size_t(wgt) * errorSpan + size_t(-lowestError),
-                                (std::ptrdiff_t(dy) * w + ox) * 3});
+                taps.push_back({ox, dy, shares.data() + size_t(wgt) * errorSpan + size_t(-lowestError), 0});
                 left = std::max(left, -ox);
                 right = std::max(right, ox);
             }
 
-    // One buffer for the whole picture, three signed channels a pixel.
-    std::vector<int32_t> error(size_t(w) * size_t(h) * 3, 0);
+    // Error only ever reaches the kernel's height in rows, so the buffer holds that many rows and
+    // is used round: row y lives in slot y mod height, three signed channels a pixel. The slot of
+    // the row just finished is cleared to become the next row the kernel reaches.
+    const size_t rowEntries = size_t(w) * 3;
+    std::vector<int32_t> error(rowEntries * size_t(m_height), 0);
+    const auto slot = [&](int row) { return std::ptrdiff_t(row % m_height) * std::ptrdiff_t(rowEntries); };
     for (int y = 0; y < h; ++y) {
+        if (y > 0)
+            std::fill_n(error.begin() + slot(y - 1), rowEntries, 0);
         // Taps of rows below the picture are dropped for this row.
         size_t rowTaps = 0;
         while (rowTaps < taps.size() && y + taps[rowTaps].dy < h)
             ++rowTaps;
+        for (size_t t = 0; t < rowTaps; ++t)
+            taps[t].offset = slot(y + taps[t].dy) - slot(y) + std::ptrdiff_t(taps[t].dx) * 3;
         diffuseRow(reinterpret_cast<const QRgb *>(rgb.constScanLine(y)), y, w, taps.data(), rowTaps, left,
-                   right, error.data(), out);
+                   right, error.data() + slot(y), out);
         if (!report(progress, y + 1, h))
             return {};
     }
@@ -113,15 +120,15 @@ void Dithering_ErrorDiffusion::diffuseRow(const QRgb *row, int y, int w, const T
                 dst[k] = std::min(std::max(dst[k] + tap.shares[e[k]], 0), 255);
         }
     };
+    const size_t firstPixel = size_t(y) * size_t(w);
     for (int x = 0; x < w; ++x) {
-        const size_t pixel = size_t(y) * size_t(w) + size_t(x);
-        int32_t *here = error + pixel * 3;
+        int32_t *here = error + size_t(x) * 3;
         const QRgb p = row[x];
         const int v[3] = {qRed(p) + here[0], qGreen(p) + here[1], qBlue(p) + here[2]};
         const uint32_t c = uint32_t(std::min(v[0], 255)) << 16 | uint32_t(std::min(v[1], 255)) << 8 |
                            uint32_t(std::min(v[2], 255)); // the buffered error is never negative
         const uint32_t index = m_index->lookup(c);
-        out.set(pixel, index);
+        out.set(firstPixel + size_t(x), index);
         const uint32_t pc = m_index->colorOf(index);
         const int e[3] = {v[0] - int(pc >> 16), v[1] - int((pc >> 8) & 0xFF), v[2] - int(pc & 0xFF)};
         spread(x, here, e, x < left || x >= w - right);

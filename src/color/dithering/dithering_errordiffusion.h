@@ -36,8 +36,9 @@ private:
     {
         int dx, dy;
         const int32_t *shares; // the share of each error, indexed by the error itself
-        std::ptrdiff_t offset; // in error buffer entries
+        std::ptrdiff_t offset; // in error buffer entries, from the current pixel in this row
     };
+    // error is the current row's slot of the error buffer.
     void diffuseRow(const QRgb *row, int y, int w, const Tap *taps, size_t tapCount, int left, int right,
                     int32_t *error, Output &out);
 

@@ -6,7 +6,8 @@ DitherResult Dithering_Nearest::dither(const QImage &image, const Palette<uint> 
     const QImage rgb = rgbPicture(image);
     const int w = rgb.width(), h = rgb.height();
     Output out(palette, target, w, h);
-    // Bottom row first and right to left, as the quantisers feed: the cache fills in that order.
+    // Bottom row first and right to left, as the quantisers feed: the colour index learns its
+    // blocks in that order.
     for (int y = h - 1; y >= 0; --y) {
         const auto *row = reinterpret_cast<const QRgb *>(rgb.constScanLine(y));
         const size_t base = size_t(y) * size_t(w);

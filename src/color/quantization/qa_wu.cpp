@@ -1,6 +1,7 @@
 #include "quantization/qa_wu.h"
 
 #include "quantization/nearestsearch.h"
+#include "quantization/pixelrows.h"
 
 #include <algorithm>
 #include <array>
@@ -22,10 +23,9 @@ const std::array<double, 256> &squares()
 
 } // namespace
 
-QA_Wu::QA_Wu(size_t pixelCount)
-    : m_wt(cells, 0), m_mr(cells, 0), m_mg(cells, 0), m_mb(cells, 0), m_m2(cells, 0.0)
+QA_Wu::QA_Wu(const QImage &pixels)
+    : m_wt(cells, 0), m_mr(cells, 0), m_mg(cells, 0), m_mb(cells, 0), m_m2(cells, 0.0), m_pixels(pixels)
 {
-    Q_UNUSED(pixelCount)
 }
 
 int QA_Wu::addColor(uint rgb)
@@ -38,7 +38,6 @@ int QA_Wu::addColor(uint rgb)
     m_mb[size_t(i)] += b;
     const auto &sq = squares();
     m_m2[size_t(i)] += sq[size_t(r)] + sq[size_t(g)] + sq[size_t(b)];
-    ++m_colors[rgb & 0xFFFFFFu];
     return 0;
 }
 
@@ -237,27 +236,33 @@ void QA_Wu::getPalette(Palette<uint> &out)
     }
     boxes.resize(size_t(count));
 
-    // The moment means of the boxes, then one pass that gives every colour to the nearest mean.
+    // The moment means of the boxes, then one pass that gives every pixel to the nearest mean.
     const size_t boxCount = static_cast<size_t>(count);
-    std::vector<int32_t> mr(boxCount, 0), mg(boxCount, 0), mb(boxCount, 0);
-    for (int k = 0; k < count; ++k) {
-        const int64_t w = volume(boxes[size_t(k)], m_wt);
+    std::vector<int32_t> means(boxCount * 3, 0); // all reds, then greens, then blues
+    int32_t *mr = means.data(), *mg = mr + boxCount, *mb = mg + boxCount;
+    for (size_t k = 0; k < boxCount; ++k) {
+        const int64_t w = volume(boxes[k], m_wt);
         if (w > 0) {
-            mr[size_t(k)] = int32_t(volume(boxes[size_t(k)], m_mr) / w);
-            mg[size_t(k)] = int32_t(volume(boxes[size_t(k)], m_mg) / w);
-            mb[size_t(k)] = int32_t(volume(boxes[size_t(k)], m_mb) / w);
+            mr[k] = int32_t(volume(boxes[k], m_mr) / w);
+            mg[k] = int32_t(volume(boxes[k], m_mg) / w);
+            mb[k] = int32_t(volume(boxes[k], m_mb) / w);
         }
     }
+    // The nearest mean, the lowest box number among equals (every distance is below the starting
+    // bound of 100000000, so some box always wins).
+    BlockNearest nearest(mr, mg, mb, boxCount);
     std::vector<int64_t> sr(boxCount, 0), sg(boxCount, 0), sb(boxCount, 0), sw(boxCount, 0);
-    m_colors.forEach([&](uint32_t rgb, uint32_t n) {
-        const int r = int(rgb >> 16), g = int((rgb >> 8) & 0xFF), b = int(rgb & 0xFF);
-        // The nearest mean, the lowest box number among equals (every distance is below the
-        // starting bound of 100000000, so some box always wins).
-        const size_t best = nearestColor(mr.data(), mg.data(), mb.data(), boxCount, r, g, b);
-        sr[size_t(best)] += int64_t(r) * n;
-        sg[size_t(best)] += int64_t(g) * n;
-        sb[size_t(best)] += int64_t(b) * n;
-        sw[size_t(best)] += n;
+    const int width = m_pixels.width();
+    forEachRowUpwards(m_pixels, [&](const QRgb *row, int) {
+        for (int x = width - 1; x >= 0; --x) {
+            const int r = qRed(row[x]), g = qGreen(row[x]), b = qBlue(row[x]);
+            const size_t best = nearest.nearest(r, g, b);
+            sr[best] += r;
+            sg[best] += g;
+            sb[best] += b;
+            ++sw[best];
+        }
+        return true;
     });
     for (int k = 0; k < count; ++k) {
         const size_t i = size_t(k);

@@ -1,7 +1,8 @@
 #pragma once
 
-#include "quantization/colorblocktable.h"
 #include "quantization/quantizationalgorithm.h"
+
+#include <QImage>
 
 #include <cstdint>
 #include <vector>
@@ -9,13 +10,18 @@
 // Xiaolin Wu's variance-minimising cut (Graphics Gems II, 1991) over a 33 x 33 x 33 histogram of
 // 5-bit cells, followed by one refinement pass: every fed colour goes to the box whose mean is
 // nearest and the emitted colours are the means of what each box attracted.
+//
+// The refinement reads the pixels of the picture being fed a second time rather than keeping a
+// record of each one: it only needs the sums over the pixels each box attracts, which do not
+// depend on the order, so the picture itself serves as the record at no cost in memory.
 class QA_Wu : public QuantizationAlgorithm
 {
 public:
     static constexpr int maxBoxes = 512;
 
-    // The pixel count only bounds the sums; the tables have a fixed size.
-    explicit QA_Wu(size_t pixelCount);
+    // pixels is the picture whose every pixel is fed (through addColor, exactly once each); it
+    // must stay unchanged until getPalette has run.
+    explicit QA_Wu(const QImage &pixels);
 
     int addColor(uint rgb) override;
     void setColorCount(uint n) override { m_wanted = n; }
@@ -46,9 +52,6 @@ private:
 
     std::vector<int64_t> m_wt, m_mr, m_mg, m_mb;
     std::vector<double> m_m2;
-    // How often each colour was fed. The refinement only needs the sums over the colours each box
-    // attracts, which do not depend on the feeding order, so counting the colours gives the very
-    // same result as keeping one record per pixel, in far less memory for a photograph.
-    ColorBlockTable m_colors;
+    QImage m_pixels;
     uint m_wanted = 0;
 };

@@ -1,5 +1,6 @@
 #include "quantization/quantization_algorithmfixedsize.h"
 
+#include "quantization/pixelrows.h"
 #include "quantization/qa_distincthsb.h"
 #include "quantization/qa_mediancut.h"
 #include "quantization/qa_nquant.h"
@@ -13,13 +14,13 @@ namespace {
 // Progress is reported every so many rows, so that a callback costs nothing measurable.
 constexpr int rowsPerReport = 64;
 
-std::unique_ptr<QuantizationAlgorithm> makeAlgorithm(uint method, uint colorCount, size_t pixels)
+std::unique_ptr<QuantizationAlgorithm> makeAlgorithm(uint method, uint colorCount, const QImage &image)
 {
     switch (method) {
     case Quantization_AlgorithmFixedSize::Popularity:
         return std::make_unique<QA_Popularity>();
     case Quantization_AlgorithmFixedSize::Wu:
-        return std::make_unique<QA_Wu>(pixels);
+        return std::make_unique<QA_Wu>(image);
     case Quantization_AlgorithmFixedSize::DistinctHSB:
         return std::make_unique<QA_DistinctHSB>();
     case Quantization_AlgorithmFixedSize::Octree:
@@ -39,38 +40,18 @@ bool Quantization_AlgorithmFixedSize::feed(const QImage &image, QuantizationAlgo
                                            const Progress &progress)
 {
     const int w = image.width(), h = image.height();
-    if (image.format() == QImage::Format_Indexed8) {
-        const QVector<QRgb> table = image.colorTable();
-        uint lut[256];
-        for (int i = 0; i < 256; ++i)
-            lut[i] = i < table.size() ? (table[i] & 0xFFFFFFu) : 0u;
-        for (int y = h - 1; y >= 0; --y) {
-            const uchar *row = image.constScanLine(y);
-            for (int x = w - 1; x >= 0; --x)
-                algorithm.addColor(lut[row[x]]);
-            if (progress && y % rowsPerReport == 0 && !progress(100 * (h - y) / h))
-                return false;
-        }
-        return true;
-    }
-    const bool direct = image.format() == QImage::Format_ARGB32 || image.format() == QImage::Format_RGB32;
-    const QImage rgb = direct ? image : image.convertToFormat(QImage::Format_ARGB32);
-    for (int y = h - 1; y >= 0; --y) {
-        const auto *row = reinterpret_cast<const QRgb *>(rgb.constScanLine(y));
+    return forEachRowUpwards(image, [&](const QRgb *row, int y) {
         for (int x = w - 1; x >= 0; --x)
             algorithm.addColor(row[x] & 0xFFFFFFu);
-        if (progress && y % rowsPerReport == 0 && !progress(100 * (h - y) / h))
-            return false;
-    }
-    return true;
+        return !progress || y % rowsPerReport != 0 || progress(100 * (h - y) / h);
+    });
 }
 
 Palette<uint> Quantization_AlgorithmFixedSize::quantize(const QImage &image, const Progress &progress)
 {
     Palette<uint> result;
-    const size_t pixels = size_t(image.width()) * size_t(image.height());
     std::unique_ptr<QuantizationAlgorithm> algorithm =
-        makeAlgorithm(m_method > LastMethod ? uint(MedianCut) : m_method, m_colorCount, pixels);
+        makeAlgorithm(m_method > LastMethod ? uint(MedianCut) : m_method, m_colorCount, image);
     if (!feed(image, *algorithm, progress))
         return result;
     if (m_method == MedianCut || m_method > LastMethod) {

@@ -34,6 +34,11 @@ Palette<uint> ImageQuantisizer::imageColors(const DocumentImage &image, const Pa
     return picture.isNull() ? Palette<uint>() : distinctColours(picture);
 }
 
+Palette<uint> ImageQuantisizer::colorsFor(const DocumentImage &image, const Palette<uint> &shownWith) const
+{
+    return m_source == 4 ? imageColors(image, shownWith) : Palette<uint>();
+}
+
 bool ImageQuantisizer::progress(int step, int percent)
 {
     emit progressChanged(step, percent);
@@ -91,7 +96,7 @@ DocumentImage ImageQuantisizer::apply(const DocumentImage &image, const Palette<
         picture = QImage(); // the source copy is no longer needed
         switch (mapped.kind) {
         case 2:
-            result = DocumentImage::fromIndexes8(mapped.width, mapped.height, mapped.indexes8);
+            result = DocumentImage::fromIndexes8(mapped.width, mapped.height, std::move(mapped.indexes8));
             break;
         case 3:
             result = DocumentImage::fromIndexes32(mapped.width, mapped.height, std::move(mapped.indexes32));

@@ -31,7 +31,7 @@ public:
 
     // The mapped image (not rendered; its image palette is the destination palette), or a null
     // image when cancelled. sourceColors is the image's colour list: the palette of the
-    // from-image source, and the colours the nearest-colour cache is warmed with. shownWith is
+    // from-image source, and the colours the nearest-colour search is warmed with. shownWith is
     // the palette an indexed or continuous image is shown through.
     DocumentImage apply(const DocumentImage &image, const Palette<uint> &sourceColors,
                         const Palette<uint> &shownWith = {});
@@ -40,6 +40,10 @@ public:
     // in the order of their interleaved bits, the picture of an indexed or continuous image
     // taken as shown through shownWith.
     static Palette<uint> imageColors(const DocumentImage &image, const Palette<uint> &shownWith = {});
+    // The colour list to hand to apply(): the image's colours for the from-image source, and none
+    // for the others, where they would only warm the colour search that needs no warming, at the
+    // cost of one entry for each of a photograph's millions of colours.
+    Palette<uint> colorsFor(const DocumentImage &image, const Palette<uint> &shownWith = {}) const;
 
 protected:
     int givenSource() const override { return 3; }

@@ -451,7 +451,7 @@ QStringList DocumentCommands::quantiseImage(const ImageQuantisizeSettings &setti
     ImageQuantisizer quantisizer(m_builtins);
     settings.configure(quantisizer, m_document.palette());
     const DocumentImage image = quantisizer.apply(
-        m_document.image(), ImageQuantisizer::imageColors(m_document.image(), m_document.palette()), m_document.palette());
+        m_document.image(), quantisizer.colorsFor(m_document.image(), m_document.palette()), m_document.palette());
     replaceImageAndPalette(image, quantisizer.destinationPalette());
     // The quantised source's method and size are no stored settings, but a replay needs them.
     record(QStringLiteral("image_quantisize"), SettingsText::formatLines(settings.toPairs(true)));

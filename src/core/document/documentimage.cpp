@@ -3,9 +3,10 @@
 #include "document/imagelimits.h"
 #include "document/imagerender.h"
 
+#include <algorithm>
 #include <cstring>
 
-DocumentImage DocumentImage::fromPicture(const QImage &picture)
+DocumentImage DocumentImage::fromPicture(QImage picture)
 {
     DocumentImage img;
     if (picture.isNull() || !ImageLimits::fits(picture.width(), picture.height()))
@@ -28,7 +29,8 @@ DocumentImage DocumentImage::fromPicture(const QImage &picture)
             img.m_imagePalette.append({uint(qRed(c)) << 8, uint(qGreen(c)) << 8, uint(qBlue(c)) << 8, 65535});
         img.m_picture = img.viewIndexes8(table);
     } else {
-        img.m_picture = picture.convertToFormat(QImage::Format_ARGB32);
+        // In place where the picture is ours alone: 32-bit RGB only changes its format's name.
+        img.m_picture = std::move(picture).convertToFormat(QImage::Format_ARGB32);
         // Without the memory for the converted picture there is no image, rather than one that shows nothing.
         if (img.m_picture.isNull())
             return DocumentImage();
@@ -49,6 +51,28 @@ DocumentImage DocumentImage::fromIndexes8(int width, int height, const std::vect
             std::memcpy(dst + size_t(y) * size_t(stride), indexes.data() + size_t(y) * size_t(width),
                         size_t(width));
     });
+    img.m_picture = img.viewIndexes8({});
+    return img;
+}
+
+DocumentImage DocumentImage::fromIndexes8(int width, int height, std::vector<uint8_t> &&indexes)
+{
+    DocumentImage img;
+    if (!ImageLimits::fits(width, height) || indexes.size() != size_t(width) * size_t(height))
+        return img;
+    img.m_width = width;
+    img.m_height = height;
+    img.m_mode = Indexed8;
+    img.m_stride8 = (width + 3) & ~3;
+    const size_t stride = size_t(img.m_stride8), w = size_t(width);
+    indexes.resize(stride * size_t(height));
+    // From the last row up, each row moves to a later place or stays, over no row still to move.
+    for (size_t y = size_t(height); y-- > 0;) {
+        std::memmove(indexes.data() + y * stride, indexes.data() + y * w, w);
+        std::fill(indexes.begin() + std::ptrdiff_t(y * stride + w),
+                  indexes.begin() + std::ptrdiff_t((y + 1) * stride), uint8_t(0));
+    }
+    img.m_indexes8 = std::make_shared<std::vector<uint8_t>>(std::move(indexes));
     img.m_picture = img.viewIndexes8({});
     return img;
 }

@@ -24,10 +24,13 @@ public:
     DocumentImage() = default;
 
     // A loaded picture: an 8-bit indexed picture becomes mode 2 with its colour table as the image
-    // palette; anything else is converted to 32-bit ARGB and becomes mode 1.
-    static DocumentImage fromPicture(const QImage &picture);
+    // palette; anything else is converted to 32-bit ARGB and becomes mode 1 (without a copy when
+    // the picture is handed over and already holds 32-bit pixels).
+    static DocumentImage fromPicture(QImage picture);
     // Mode 2 from one byte a pixel (row-major, top row first).
     static DocumentImage fromIndexes8(int width, int height, const std::vector<uint8_t> &indexes);
+    // The same taking the bytes over: rows are spread to their 32-bit stride where they lie.
+    static DocumentImage fromIndexes8(int width, int height, std::vector<uint8_t> &&indexes);
     static DocumentImage fromIndexes32(int width, int height, std::vector<uint32_t> cells);
     static DocumentImage fromContinuous(int width, int height, std::vector<float> cells, bool interpolate = false);
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <cstdlib>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -51,11 +53,11 @@ QVector<QRgb> paletteColourTable(const Palette<uint> &palette)
     return table;
 }
 
-// The row kernels are built twice, for AVX2 (where the table lookups become gathers) and for
-// the plain x86-64 baseline; the loader picks one at start-up. Both use the same IEEE operations
-// in the same order, so the pictures are identical whichever runs.
+// The position kernel is built three times, for AVX-512, for AVX2 and for the plain x86-64
+// baseline; the loader picks one at start-up. All use the same IEEE operations in the same order,
+// so the pictures are identical whichever runs.
 #if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__) && !defined(__SANITIZE_ADDRESS__)
-#define CHROMAXIS_ROW_KERNEL __attribute__((target_clones("avx2", "default")))
+#define CHROMAXIS_ROW_KERNEL __attribute__((target_clones("avx512f", "avx2", "default")))
 #else
 #define CHROMAXIS_ROW_KERNEL
 #endif
@@ -63,10 +65,32 @@ QVector<QRgb> paletteColourTable(const Palette<uint> &palette)
 namespace {
 
 #if CHROMAXIS_HAVE_AVX2_PATHS
+// The widest vector kernels the processor runs, lowered by CHROMAXIS_SIMD ("avx2" or "none"), so
+// that the tests can check every kernel on a machine that has the widest.
+enum class Simd
+{
+    None,
+    Avx2,
+    Avx512
+};
+
+Simd simd()
+{
+    static const Simd level = [] {
+        const char *cap = std::getenv("CHROMAXIS_SIMD");
+        const std::string limit = cap ? cap : "";
+        if (limit == "none" || !__builtin_cpu_supports("avx2"))
+            return Simd::None;
+        if (limit == "avx2" || !__builtin_cpu_supports("avx512f") || !__builtin_cpu_supports("avx512bw"))
+            return Simd::Avx2;
+        return Simd::Avx512;
+    }();
+    return level;
+}
+
 bool hasAvx2()
 {
-    static const bool avx2 = __builtin_cpu_supports("avx2");
-    return avx2;
+    return simd() != Simd::None;
 }
 #endif
 
@@ -105,86 +129,196 @@ void lookupIndexRow(const uint32_t *src, QRgb *dst, int width, const QRgb *table
 }
 
 // Position of each cell in the palette: p = v * N / 65535 in single precision (as the picture has
-// always been computed), limited to 0..N - 1; the integer part and the fraction are kept.
+// always been computed), limited to 0..N - 1; the integer part times scale and the fraction are
+// kept.
 CHROMAXIS_ROW_KERNEL
-void continuousPositions(const float *src, uint32_t *index, float *frac, int width, float n, float top)
+void continuousPositions(const float *src, uint32_t *index, float *frac, int width, float n, float top,
+                         uint32_t scale = 1)
 {
     for (int x = 0; x < width; ++x) {
         float p = src[x] * n / 65535.0f;
         p = p > 0.0f ? p : 0.0f; // negative and NaN cells show the first entry
         p = p < top ? p : top;
         const int32_t i = int32_t(p);
-        index[x] = uint32_t(i);
+        index[x] = uint32_t(i) * scale;
         frac[x] = p - float(i);
     }
 }
 
-// The shared linear mix c_a * (1 - t) + c_b * t in double precision, truncated, reduced to the
-// high byte. A zero fraction yields c_a exactly, which is the table colour, so no branch is
-// needed; the last entry mixes with itself. pairs holds, for each entry i, the channels of i and
-// of i + 1 and their differences (red, green, blue, 0 each), so a pixel needs two adjacent loads
-// and no gathers.
-void mixRowScalar(const uint32_t *index, const float *frac, QRgb *dst, int width, const double *pairs)
+// A palette as the blending kernels read it: red, green, blue and 0 of every entry and once more
+// of the last (which only ever mixes with itself, by weight 0), in 32 bits in channels and in 16
+// in steps, where an entry and the next are one 16-byte load and a palette of 4096 entries fits
+// the first-level cache. Channels wider than 16 bits take the plain path.
+struct BlendTable
+{
+    std::vector<uint32_t> channels;
+    std::vector<uint16_t> steps;
+    bool wide = false;
+
+    explicit BlendTable(const Palette<uint> &palette)
+    {
+        const int count = palette.size();
+        if (count == 0)
+            return;
+        channels.reserve(size_t(count + 1) * 4);
+        for (int i = 0; i <= count; ++i) {
+            const RGBAColor<uint> &c = palette[i < count ? i : count - 1];
+            channels.insert(channels.end(), {c.r, c.g, c.b, 0u});
+            wide = wide || ((c.r | c.g | c.b) > 0xFFFFu);
+        }
+        if (!wide)
+            for (uint32_t c : channels)
+                steps.push_back(uint16_t(c));
+    }
+};
+
+// The written formula: the shared linear mix c_a * (1 - w) + c_b * w of entries i and i + 1 in
+// double precision, truncated, reduced to the high byte; step holds 4 i. A zero weight yields
+// c_a exactly, the table colour, so no branch is needed. Built for the baseline only, where no
+// fused multiply-add can round the mix differently.
+__attribute__((noinline)) void blendRowScalar(const uint32_t *step, const float *frac, QRgb *dst, int width,
+                                              const BlendTable &t)
 {
     for (int x = 0; x < width; ++x) {
-        const double *e = pairs + size_t(index[x]) * 12;
+        const uint32_t *a = t.channels.data() + step[x], *b = a + 4;
         const double w = double(frac[x]);
         const double u = 1.0 - w;
-        const uint32_t r = uint32_t(int64_t(e[0] * u + e[4] * w));
-        const uint32_t g = uint32_t(int64_t(e[1] * u + e[5] * w));
-        const uint32_t b = uint32_t(int64_t(e[2] * u + e[6] * w));
-        dst[x] = 0xFF000000u | (((r >> 8) & 0xFFu) << 16) | (((g >> 8) & 0xFFu) << 8) | ((b >> 8) & 0xFFu);
+        const uint32_t r = uint32_t(int64_t(a[0] * u + b[0] * w));
+        const uint32_t g = uint32_t(int64_t(a[1] * u + b[1] * w));
+        const uint32_t bl = uint32_t(int64_t(a[2] * u + b[2] * w));
+        dst[x] = 0xFF000000u | (((r >> 8) & 0xFFu) << 16) | (((g >> 8) & 0xFFu) << 8) | ((bl >> 8) & 0xFFu);
     }
 }
 
 #if CHROMAXIS_HAVE_AVX2_PATHS
-// The same operations four lanes at a time (IEEE multiply and add, no fused multiply-add), so the
-// result is bit-identical to the scalar loop; four pixels are packed and stored together. Needs
-// channels of at most 16 bits, where the saturating packs cannot clip.
-__attribute__((target("avx2"))) void mixRowAvx2(const uint32_t *index, const float *frac, QRgb *dst, int width,
-                                                  const double *pairs)
+// The vector kernels blend in integers. From the second entry on the weight w is a multiple of
+// 2^-23 (the position is at least 1), so every step of the written formula is exact in doubles
+// and the pixel is floor(c_a + (c_b - c_a) w) >> 8 = floor((a 2^23 + d m) / 2^31), with m = w 2^23,
+// a the channel and d the difference to the next entry. Split as m = 256 mh + ml, that is
+// (a 2^15 + d mh + floor(d ml / 256)) >> 23, where every term fits 32 bits and the sum, being
+// floor((a 2^23 + d m) / 256), lies in 0..2^31. Pixels of the first entry with a weight, which may
+// be finer, are left to the written formula.
+//
+// Pixel k of a group shares a vector with pixels k + 4 (and k + 8, k + 12 in the wider kernel):
+// their mh and ml then sit in the same place of every 128-bit lane, and the packed bytes come out
+// in order. One load brings a pixel's entry a and the next, b, in 16 bits a channel.
+
+// Entries i and i + 1 in 32 bits a channel, for the pixel whose entry starts at steps[step].
+__attribute__((target("avx2"))) inline __m256i entryPair(const uint16_t *steps, uint32_t step)
 {
-    const __m256d one = _mm256_set1_pd(1.0);
-    const __m128i toBgra = _mm_setr_epi8(2, 1, 0, -1, 6, 5, 4, -1, 10, 9, 8, -1, 14, 13, 12, -1);
-    const __m128i opaque = _mm_set1_epi32(int(0xFF000000u));
-    int x = 0;
-    for (; x + 4 <= width; x += 4) {
-        const __m256d weights = _mm256_cvtps_pd(_mm_loadu_ps(frac + x));
-        const __m256d lanes[4] = {_mm256_permute4x64_pd(weights, 0x00), _mm256_permute4x64_pd(weights, 0x55),
-                                  _mm256_permute4x64_pd(weights, 0xAA), _mm256_permute4x64_pd(weights, 0xFF)};
-        __m128i c[4];
-        for (int k = 0; k < 4; ++k) {
-            const uint32_t i = index[x + k];
-            const double *e = pairs + size_t(i) * 12;
-            const __m256d w = lanes[k];
-            __m256d m;
-            if (i != 0) {
-                // From the second entry on the fraction has at most 23 bits, so c_a + (c_b - c_a) t
-                // is exact in doubles, and so is the mix: both give the same number, this one cheaper.
-                m = _mm256_add_pd(_mm256_loadu_pd(e), _mm256_mul_pd(_mm256_loadu_pd(e + 8), w));
-            } else {
-                const __m256d u = _mm256_sub_pd(one, w);
-                m = _mm256_add_pd(_mm256_mul_pd(_mm256_loadu_pd(e), u), _mm256_mul_pd(_mm256_loadu_pd(e + 4), w));
-            }
-            c[k] = _mm_srli_epi32(_mm256_cvttpd_epi32(m), 8); // r, g, b, 0: their high bytes
-        }
-        const __m128i bytes = _mm_packus_epi16(_mm_packus_epi32(c[0], c[1]), _mm_packus_epi32(c[2], c[3]));
-        _mm_storeu_si128(reinterpret_cast<__m128i *>(dst + x), _mm_or_si128(_mm_shuffle_epi8(bytes, toBgra), opaque));
-    }
-    mixRowScalar(index + x, frac + x, dst + x, width - x, pairs);
+    return _mm256_cvtepu16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i *>(steps + step)));
 }
+
+template <int k>
+__attribute__((target("avx2"))) inline __m256i blendPair(const uint16_t *steps, const uint32_t *step,
+                                                         __m256i mh, __m256i ml)
+{
+    const __m256i e0 = entryPair(steps, step[k]), e1 = entryPair(steps, step[k + 4]);
+    const __m256i a = _mm256_permute2x128_si256(e0, e1, 0x20);
+    const __m256i d = _mm256_sub_epi32(_mm256_permute2x128_si256(e0, e1, 0x31), a);
+    const __m256i h = _mm256_shuffle_epi32(mh, _MM_SHUFFLE(k, k, k, k));
+    const __m256i l = _mm256_shuffle_epi32(ml, _MM_SHUFFLE(k, k, k, k));
+    const __m256i sum = _mm256_add_epi32(_mm256_add_epi32(_mm256_slli_epi32(a, 15), _mm256_mullo_epi32(d, h)),
+                                         _mm256_srai_epi32(_mm256_mullo_epi32(d, l), 8));
+    return _mm256_srli_epi32(sum, 23);
+}
+
+__attribute__((target("avx2"))) void blendRowAvx2(const uint32_t *step, const float *frac, QRgb *dst,
+                                                  int width, const BlendTable &t)
+{
+    const __m256i low = _mm256_set1_epi32(255), opaque = _mm256_set1_epi32(int(0xFF000000u));
+    const __m256i toBgra = _mm256_setr_epi8(2, 1, 0, -1, 6, 5, 4, -1, 10, 9, 8, -1, 14, 13, 12, -1, 2, 1, 0,
+                                            -1, 6, 5, 4, -1, 10, 9, 8, -1, 14, 13, 12, -1);
+    const uint16_t *steps = t.steps.data();
+    int x = 0;
+    for (; x + 8 <= width; x += 8) {
+        const __m256i m =
+            _mm256_cvttps_epi32(_mm256_mul_ps(_mm256_loadu_ps(frac + x), _mm256_set1_ps(8388608.0f)));
+        const __m256i mh = _mm256_srli_epi32(m, 8), ml = _mm256_and_si256(m, low);
+        const uint32_t *s = step + x;
+        const __m256i bytes = _mm256_packus_epi16(
+            _mm256_packus_epi32(blendPair<0>(steps, s, mh, ml), blendPair<1>(steps, s, mh, ml)),
+            _mm256_packus_epi32(blendPair<2>(steps, s, mh, ml), blendPair<3>(steps, s, mh, ml)));
+        _mm256_storeu_si256(reinterpret_cast<__m256i *>(dst + x),
+                            _mm256_or_si256(_mm256_shuffle_epi8(bytes, toBgra), opaque));
+        const __m256i first = _mm256_andnot_si256(
+            _mm256_castps_si256(_mm256_cmp_ps(_mm256_loadu_ps(frac + x), _mm256_setzero_ps(), _CMP_EQ_OQ)),
+            _mm256_cmpeq_epi32(_mm256_loadu_si256(reinterpret_cast<const __m256i *>(s)),
+                               _mm256_setzero_si256()));
+        for (uint32_t lanes = uint32_t(_mm256_movemask_ps(_mm256_castsi256_ps(first))); lanes;
+             lanes &= lanes - 1) {
+            const int k = __builtin_ctz(lanes);
+            blendRowScalar(s + k, frac + x + k, dst + x + k, 1, t);
+        }
+    }
+    blendRowScalar(step + x, frac + x, dst + x, width - x, t);
+}
+
+// GCC 12 takes the undefined vectors inside its AVX-512 intrinsics for uninitialised variables.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wuninitialized"
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+template <int k>
+__attribute__((target("avx512f,avx512bw"))) inline __m512i
+blendQuad(const uint16_t *steps, const uint32_t *step, __m512i mh, __m512i ml)
+{
+    const __m512i e01 = _mm512_inserti64x4(_mm512_castsi256_si512(entryPair(steps, step[k])),
+                                           entryPair(steps, step[k + 4]), 1);
+    const __m512i e23 = _mm512_inserti64x4(_mm512_castsi256_si512(entryPair(steps, step[k + 8])),
+                                           entryPair(steps, step[k + 12]), 1);
+    const __m512i a = _mm512_shuffle_i64x2(e01, e23, _MM_SHUFFLE(2, 0, 2, 0));
+    const __m512i d = _mm512_sub_epi32(_mm512_shuffle_i64x2(e01, e23, _MM_SHUFFLE(3, 1, 3, 1)), a);
+    const __m512i h = _mm512_shuffle_epi32(mh, _MM_PERM_ENUM(_MM_SHUFFLE(k, k, k, k)));
+    const __m512i l = _mm512_shuffle_epi32(ml, _MM_PERM_ENUM(_MM_SHUFFLE(k, k, k, k)));
+    const __m512i sum = _mm512_add_epi32(_mm512_add_epi32(_mm512_slli_epi32(a, 15), _mm512_mullo_epi32(d, h)),
+                                         _mm512_srai_epi32(_mm512_mullo_epi32(d, l), 8));
+    return _mm512_srli_epi32(sum, 23);
+}
+
+__attribute__((target("avx512f,avx512bw"))) void blendRowAvx512(const uint32_t *step, const float *frac,
+                                                                QRgb *dst, int width, const BlendTable &t)
+{
+    const __m512i low = _mm512_set1_epi32(255), opaque = _mm512_set1_epi32(int(0xFF000000u));
+    const __m512i toBgra =
+        _mm512_broadcast_i32x4(_mm_setr_epi8(2, 1, 0, -1, 6, 5, 4, -1, 10, 9, 8, -1, 14, 13, 12, -1));
+    const uint16_t *steps = t.steps.data();
+    int x = 0;
+    for (; x + 16 <= width; x += 16) {
+        const __m512i m =
+            _mm512_cvttps_epi32(_mm512_mul_ps(_mm512_loadu_ps(frac + x), _mm512_set1_ps(8388608.0f)));
+        const __m512i mh = _mm512_srli_epi32(m, 8), ml = _mm512_and_si512(m, low);
+        const uint32_t *s = step + x;
+        const __m512i bytes = _mm512_packus_epi16(
+            _mm512_packus_epi32(blendQuad<0>(steps, s, mh, ml), blendQuad<1>(steps, s, mh, ml)),
+            _mm512_packus_epi32(blendQuad<2>(steps, s, mh, ml), blendQuad<3>(steps, s, mh, ml)));
+        _mm512_storeu_si512(dst + x, _mm512_or_si512(_mm512_shuffle_epi8(bytes, toBgra), opaque));
+        const __mmask16 first =
+            _mm512_cmpeq_epi32_mask(_mm512_loadu_si512(s), _mm512_setzero_si512()) &
+            _mm512_cmp_ps_mask(_mm512_loadu_ps(frac + x), _mm512_setzero_ps(), _CMP_NEQ_UQ);
+        for (uint32_t lanes = first; lanes; lanes &= lanes - 1) {
+            const int k = __builtin_ctz(lanes);
+            blendRowScalar(s + k, frac + x + k, dst + x + k, 1, t);
+        }
+    }
+    blendRowAvx2(step + x, frac + x, dst + x, width - x, t);
+}
+#pragma GCC diagnostic pop
 #endif
 
-void mixRow(const uint32_t *index, const float *frac, QRgb *dst, int width, const double *pairs, bool wideChannels)
+// step holds 4 i of each pixel's entry i: where the entry starts in the tables.
+void blendRow(const uint32_t *step, const float *frac, QRgb *dst, int width, const BlendTable &t)
 {
 #if CHROMAXIS_HAVE_AVX2_PATHS
-    if (hasAvx2() && !wideChannels) {
-        mixRowAvx2(index, frac, dst, width, pairs);
+    if (!t.wide && simd() == Simd::Avx512) {
+        blendRowAvx512(step, frac, dst, width, t);
+        return;
+    }
+    if (!t.wide && simd() == Simd::Avx2) {
+        blendRowAvx2(step, frac, dst, width, t);
         return;
     }
 #endif
-    (void)wideChannels;
-    mixRowScalar(index, frac, dst, width, pairs);
+    blendRowScalar(step, frac, dst, width, t);
 }
 
 // Splits the rows of a large picture among the processor's cores: the live preview renders the
@@ -250,30 +384,24 @@ void renderContinuous(const float *cells, int width, int height, const Palette<u
         }
         return;
     }
-    std::vector<double> pairs;
-    bool wideChannels = false;
-    if (interpolate) {
-        pairs.assign(size_t(n) * 12, 0.0);
-        for (int i = 0; i < n; ++i) {
-            const RGBAColor<uint> &a = palette[i];
-            const RGBAColor<uint> &b = palette[i + 1 < n ? i + 1 : i];
-            double *e = pairs.data() + size_t(i) * 12;
-            e[0] = a.r, e[1] = a.g, e[2] = a.b, e[4] = b.r, e[5] = b.g, e[6] = b.b;
-            e[8] = double(b.r) - a.r, e[9] = double(b.g) - a.g, e[10] = double(b.b) - a.b;
-            wideChannels = wideChannels || ((a.r | a.g | a.b) > 0xFFFFu);
-        }
-    }
+    const BlendTable blend(interpolate ? palette : Palette<uint>());
     forRowBands(width, height, [&](int first, int last) {
-        std::vector<uint32_t> index(static_cast<size_t>(width));
-        std::vector<float> frac(static_cast<size_t>(width));
+        // A few hundred pixels at a time, so that the positions stay in the first-level cache
+        // beside the palette's tables.
+        constexpr int piece = 256;
+        uint32_t index[piece];
+        float frac[piece];
         for (int y = first; y < last; ++y) {
+            const float *src = cells + size_t(y) * size_t(width);
             auto *row = reinterpret_cast<QRgb *>(bits + y * stride);
-            continuousPositions(cells + size_t(y) * size_t(width), index.data(), frac.data(), width, float(n),
-                                float(n - 1));
-            if (interpolate)
-                mixRow(index.data(), frac.data(), row, width, pairs.data(), wideChannels);
-            else
-                lookupIndexRow(index.data(), row, width, table.constData(), uint32_t(n));
+            for (int x = 0; x < width; x += piece) {
+                const int count = std::min(piece, width - x);
+                continuousPositions(src + x, index, frac, count, float(n), float(n - 1), interpolate ? 4 : 1);
+                if (interpolate)
+                    blendRow(index, frac, row + x, count, blend);
+                else
+                    lookupIndexRow(index, row + x, count, table.constData(), uint32_t(n));
+            }
         }
     });
 }

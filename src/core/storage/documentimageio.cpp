@@ -6,6 +6,7 @@
 #include "storage/gifimage.h"
 #include "storage/numpyimage.h"
 
+#include <QFile>
 #include <QFileInfo>
 #include <QImageReader>
 #include <QImageWriter>
@@ -25,6 +26,13 @@ QString wildcards(const QList<QByteArray> &formats)
     return patterns.join(' ');
 }
 
+bool beginsAsPng(const QString &path)
+{
+    static const QByteArray signature("\x89PNG\r\n\x1a\n", 8);
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) && file.read(signature.size()) == signature;
+}
+
 } // namespace
 
 DocumentImage load(const QString &path)
@@ -35,16 +43,24 @@ DocumentImage load(const QString &path)
     if (GifImage::isGifFile(path))
         return GifImage::read(path);
 
+    // A wrong extension should not stop a readable file, so the reader decides by the content.
+    // Deciding means loading every image plugin into memory (megabytes beside a photograph), so
+    // a file that begins as a PNG goes straight to the built-in PNG reader, which no plugin
+    // replaces.
     QImageReader reader(path);
-    // A wrong extension should not stop a readable file.
-    reader.setDecideFormatFromContent(true);
+    if (beginsAsPng(path)) {
+        reader.setFormat("png");
+        reader.setAutoDetectImageFormat(false);
+    } else {
+        reader.setDecideFormatFromContent(true);
+    }
     // A few hundred bytes of header can declare gigapixels: the size is weighed before decoding.
     const QSize declared = reader.size();
     if (declared.isValid() && !ImageLimits::fits(declared.width(), declared.height()))
         throw DescribedException(QStringLiteral("Could not load"),
                                  QStringLiteral("Cannot load %1.\n").arg(name) +
                                      ImageLimits::tooLarge(declared.width(), declared.height()));
-    const QImage picture = reader.read();
+    QImage picture = reader.read();
     if (picture.isNull()) {
         const bool unknownFormat = reader.error() == QImageReader::UnsupportedFormatError;
         throw DescribedException(QStringLiteral("Could not load"),
@@ -56,7 +72,7 @@ DocumentImage load(const QString &path)
         throw DescribedException(QStringLiteral("Could not load"),
                                  QStringLiteral("Cannot load %1.\n").arg(name) +
                                      ImageLimits::tooLarge(picture.width(), picture.height()));
-    const DocumentImage image = DocumentImage::fromPicture(picture);
+    const DocumentImage image = DocumentImage::fromPicture(std::move(picture));
     if (image.isNull())
         throw DescribedException(QStringLiteral("Could not load"),
                                  QStringLiteral("Cannot load %1.\nThere is not enough memory.").arg(name));

@@ -7,6 +7,7 @@
 #include <QtTest>
 
 #include <memory>
+#include <random>
 
 namespace {
 
@@ -60,6 +61,64 @@ std::unique_ptr<Dithering> method(ColorIndex *index, int number, int paletteSize
     return std::make_unique<Dithering_Ordered>(index, number, paletteSize);
 }
 
+// Error diffusion written as plainly as it is described: one error entry for every pixel of the
+// picture, every tap checked against the picture's edges, the tree search for every colour.
+QList<uint> diffusedByReference(const QImage &image, const Palette<uint> &palette, int number)
+{
+    ColorIndex index(palette);
+    const Dithering_ErrorDiffusion kernel(&index, number);
+    const int w = image.width(), h = image.height();
+    std::vector<int> error(size_t(w) * size_t(h) * 3, 0);
+    QList<uint> out;
+    for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x) {
+            int *here = &error[(size_t(y) * size_t(w) + size_t(x)) * 3];
+            const QRgb p = image.pixel(x, y);
+            const int v[3] = {qRed(p) + here[0], qGreen(p) + here[1], qBlue(p) + here[2]};
+            const uint i = index.search(uint(qBound(0, v[0], 255)) << 16 | uint(qBound(0, v[1], 255)) << 8 |
+                                        uint(qBound(0, v[2], 255)));
+            out << i;
+            const uint pc = index.colorOf(i);
+            const int e[3] = {v[0] - int(pc >> 16), v[1] - int((pc >> 8) & 0xFF), v[2] - int(pc & 0xFF)};
+            for (int dy = 0; dy < kernel.kernelHeight(); ++dy)
+                for (int dx = 0; dx < kernel.kernelWidth(); ++dx) {
+                    const int weight = kernel.weight(dy, dx);
+                    const int tx = x + dx - kernel.currentColumn(), ty = y + dy;
+                    if (weight == 0 || tx < 0 || tx >= w || ty >= h)
+                        continue;
+                    int *target = &error[(size_t(ty) * size_t(w) + size_t(tx)) * 3];
+                    for (int k = 0; k < 3; ++k)
+                        target[k] = qBound(0, target[k] + kernel.share(weight, e[k]), 255);
+                }
+        }
+    return out;
+}
+
+// n distinct colours drawn from seed.
+Palette<uint> randomPalette(int n, unsigned seed)
+{
+    std::mt19937 rng(seed);
+    QList<uint> colours;
+    while (colours.size() < n) {
+        const uint c = rng() & 0xFFFFFFu;
+        if (!colours.contains(c))
+            colours << c;
+    }
+    return paletteOf(colours);
+}
+
+QImage noise(int w, int h, unsigned seed)
+{
+    std::mt19937 rng(seed);
+    QImage image(w, h, QImage::Format_RGB32);
+    for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x) // smooth ramps with noise, so errors run both ways
+            image.setPixel(x, y,
+                           qRgb(qBound(0, x * 255 / w + int(rng() % 61) - 30, 255),
+                                qBound(0, y * 255 / h + int(rng() % 61) - 30, 255), int(rng() % 256)));
+    return image;
+}
+
 } // namespace
 
 class TestDithering : public QObject
@@ -77,6 +136,8 @@ private slots:
     void sharesShiftOrDivide();
     void errorDiffusionRows_data();
     void errorDiffusionRows();
+    void diffusionMatchesWholePictureBuffer_data();
+    void diffusionMatchesWholePictureBuffer();
     void darkImageDiffusesNothing();
     void oneColourPalette();
     void continuousValues();
@@ -109,9 +170,9 @@ void TestDithering::approximateSearch()
     QFETCH(uint, index);
     ColorIndex ci(paletteOf(palette));
     QCOMPARE(ci.search(colour), index);
-    QVERIFY(!ci.isCached(colour) || palette.contains(colour));
+    QVERIFY(!ci.isPrepared(colour));
     QCOMPARE(ci.lookup(colour), index);
-    QVERIFY(ci.isCached(colour));
+    QVERIFY(ci.isPrepared(colour));
     QCOMPARE(ci.lookup(colour), index);
 }
 
@@ -271,6 +332,38 @@ void TestDithering::errorDiffusionRows()
     const Palette<uint> bw = paletteOf({0x000000, 0xFFFFFF});
     ColorIndex index(bw);
     QCOMPARE(indexesOf(Dithering_ErrorDiffusion(&index, method).dither(greyRow(greys), bw, 2)), indexes);
+}
+
+void TestDithering::diffusionMatchesWholePictureBuffer_data()
+{
+    QTest::addColumn<int>("method");
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<Palette<uint>>("palette");
+    const char *names[] = {"",       "Atkinson",    "Burkes", "Floyd-Steinberg", "Jarvis", "two-row Sierra",
+                           "Sierra", "Sierra Lite", "Stucki"};
+    // Pictures shorter and narrower than the kernels, as tall as they are and taller; palettes
+    // stored as 8-bit and as 32-bit indexes.
+    const QList<QSize> sizes{{1, 1}, {1, 6}, {6, 1}, {2, 2}, {3, 3}, {7, 4}, {13, 11}, {64, 9}};
+    const QList<QPair<QString, Palette<uint>>> palettes{
+        {"16 colours", randomPalette(16, 1)}, {"greys", greys()}, {"300 colours", randomPalette(300, 2)}};
+    for (int m = 1; m <= 8; ++m)
+        for (const QSize &size : sizes)
+            for (const auto &palette : palettes)
+                QTest::addRow("%s %dx%d %s", names[m], size.width(), size.height(), qPrintable(palette.first))
+                    << m << size << palette.second;
+}
+
+void TestDithering::diffusionMatchesWholePictureBuffer()
+{
+    QFETCH(int, method);
+    QFETCH(QSize, size);
+    QFETCH(Palette<uint>, palette);
+    const QImage image =
+        noise(size.width(), size.height(), uint(method * 1000 + size.width() * 31 + size.height()));
+    ColorIndex index(palette);
+    const DitherResult r = Dithering_ErrorDiffusion(&index, method).dither(image, palette, 2);
+    QCOMPARE(r.kind, palette.size() <= 256 ? 2 : 3);
+    QCOMPARE(indexesOf(r), diffusedByReference(image, palette, method));
 }
 
 void TestDithering::darkImageDiffusesNothing()

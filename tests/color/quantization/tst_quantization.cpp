@@ -69,6 +69,7 @@ private slots:
     void distinctHsbNarrowing();
     void networkRepeatsWithTheSameSeed();
     void indexedPictureFedThroughColourTable();
+    void samePaletteWhateverThePixelFormat();
     void cancelledRunGivesNoPalette();
 };
 
@@ -237,6 +238,28 @@ void TestQuantization::indexedPictureFedThroughColourTable()
         const Palette<uint> fromRgb = Quantization_AlgorithmFixedSize(8, method).quantize(
             indexed.convertToFormat(QImage::Format_RGB32));
         QCOMPARE(colours(fromTable), colours(fromRgb));
+    }
+}
+
+void TestQuantization::samePaletteWhateverThePixelFormat()
+{
+    // Taller than a band of converted rows, and of few enough colours for an exact indexed copy.
+    QVector<QRgb> table;
+    for (int i = 0; i < 200; ++i)
+        table << qRgb((i * 97) % 256, (i * 57 + 30) % 256, (i * 13) % 256);
+    QImage argb(151, 133, QImage::Format_ARGB32), opaque(151, 133, QImage::Format_RGB32);
+    for (int y = 0; y < argb.height(); ++y)
+        for (int x = 0; x < argb.width(); ++x) {
+            const QRgb c = table[(x / 7 + y * 3 + (x * y) % 11) % 200];
+            argb.setPixel(x, y, c & 0x7FFFFFFFu); // alpha is ignored
+            opaque.setPixel(x, y, c);
+        }
+    const QList<QImage> forms{opaque, opaque.convertToFormat(QImage::Format_RGB888),
+                              opaque.convertToFormat(QImage::Format_Indexed8, table)};
+    for (uint method : {0u, 1u, 2u, 3u, 4u, 6u}) {
+        const QList<uint> expected = colours(Quantization_AlgorithmFixedSize(64, method).quantize(argb));
+        for (const QImage &form : forms)
+            QCOMPARE(colours(Quantization_AlgorithmFixedSize(64, method).quantize(form)), expected);
     }
 }
 

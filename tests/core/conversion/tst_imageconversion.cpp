@@ -70,6 +70,8 @@ private slots:
     void unreadablePaletteFiles();
     void quantizedSource();
     void fromImageAndBlackAndWhite();
+    void colourListOnlyForTheImageSource_data();
+    void colourListOnlyForTheImageSource();
     void largePaletteStays32Bit();
     void cancelStopsTheRun();
     void settingsRoundTrip();
@@ -417,6 +419,42 @@ void TestImageConversion::fromImageAndBlackAndWhite()
     const DocumentImage bw = engine.apply(image, colours);
     QCOMPARE(engine.destinationPalette(), ImageConversionEngine::blackAndWhite());
     QCOMPARE(indexes8(bw), (std::vector<uint8_t>{0, 1, 0, 0}));
+}
+
+void TestImageConversion::colourListOnlyForTheImageSource_data()
+{
+    QTest::addColumn<int>("source"); // the dialog's list position
+    QTest::addColumn<bool>("listed");
+    QTest::newRow("grayscale") << 0 << false;
+    QTest::newRow("quantized") << 3 << false;
+    QTest::newRow("from image") << 6 << true;
+    QTest::newRow("black and white") << 7 << false;
+}
+
+void TestImageConversion::colourListOnlyForTheImageSource()
+{
+    QFETCH(int, source);
+    QFETCH(bool, listed);
+    QList<QRgb> pixels;
+    for (int i = 0; i < 60; ++i)
+        pixels << qRgb((i * 53) % 256, (i * 29) % 200, (i * i) % 256);
+    const DocumentImage image = rgbImage(pixels, 10);
+    ImageQuantisizeSettings settings;
+    settings.palette = source;
+    settings.method = 2;
+    settings.colors = 6;
+    settings.dither = 3;
+    ImageQuantisizer engine;
+    settings.configure(engine, {});
+    const Palette<uint> all = ImageQuantisizer::imageColors(image);
+    QCOMPARE(engine.colorsFor(image), listed ? all : Palette<uint>());
+    // The list warms the colour search and nothing more: the result is the same without it.
+    const DocumentImage handed = engine.apply(image, engine.colorsFor(image));
+    const Palette<uint> handedPalette = engine.destinationPalette();
+    ImageQuantisizer warmed;
+    settings.configure(warmed, {});
+    QCOMPARE(indexes8(handed), indexes8(warmed.apply(image, all)));
+    QCOMPARE(handedPalette, warmed.destinationPalette());
 }
 
 void TestImageConversion::largePaletteStays32Bit()

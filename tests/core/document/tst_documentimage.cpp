@@ -8,6 +8,7 @@
 #include <QtTest>
 
 #include <cmath>
+#include <cstring>
 #include <random>
 #include <limits>
 
@@ -50,6 +51,9 @@ private slots:
     void indexed8RenderTouchesNoPixel();
     void pictureLoadsIntoModes_data();
     void pictureLoadsIntoModes();
+    void handedOverPictureIsTheSame();
+    void indexBytesTakenOver_data();
+    void indexBytesTakenOver();
     void copiesAreIndependent();
     void sizesPastTheLimit_data();
     void sizesPastTheLimit();
@@ -128,12 +132,16 @@ void TestDocumentImage::renderMatchesTheFormula_data()
     QTest::addColumn<int>("width");
     QTest::addColumn<int>("height");
     QTest::addColumn<bool>("interpolate");
+    QTest::addColumn<uint>("channelMask"); // wider than 16 bits takes the plain path
     for (int n : {1, 2, 3, 17, 256, 4096})
         for (bool interpolate : {false, true}) {
-            // Odd widths leave tails behind the four-pixel kernels; the large one is split among threads.
-            QTest::addRow("%d entries, %s, small", n, interpolate ? "blended" : "plain") << n << 37 << 5 << interpolate;
-            QTest::addRow("%d entries, %s, large", n, interpolate ? "blended" : "plain") << n << 1023 << 700 << interpolate;
+            // Odd widths leave tails behind the eight-pixel kernels; the large one is split among threads.
+            QTest::addRow("%d entries, %s, small", n, interpolate ? "blended" : "plain")
+                << n << 37 << 5 << interpolate << 0xFFFFu;
+            QTest::addRow("%d entries, %s, large", n, interpolate ? "blended" : "plain")
+                << n << 1023 << 700 << interpolate << 0xFFFFu;
         }
+    QTest::addRow("17 entries, blended, wide channels") << 17 << 301 << 40 << true << 0x3FFFFu;
 }
 
 // Every pixel against the written definition, computed here the plain way: the fast paths
@@ -144,15 +152,36 @@ void TestDocumentImage::renderMatchesTheFormula()
     QFETCH(int, width);
     QFETCH(int, height);
     QFETCH(bool, interpolate);
+    QFETCH(uint, channelMask);
     std::mt19937 rng(uint32_t(entries * 7919 + width));
     Palette<uint> p;
     for (int i = 0; i < entries; ++i)
-        p.append({uint(rng() & 0xFFFFu), uint(rng() & 0xFFFFu), uint(rng() & 0xFFFFu), uint(rng() & 0xFFFFu)});
+        p.append({uint(rng() & channelMask), uint(rng() & channelMask), uint(rng() & channelMask),
+                  uint(rng() & 0xFFFFu)});
     std::vector<float> cells(size_t(width) * size_t(height));
     std::uniform_real_distribution<float> any(0.0f, 65535.0f);
     std::uniform_real_distribution<float> low(0.0f, 65535.0f / float(entries)); // the first entry's band
+    // Exact band edges and their neighbours, tiny and subnormal values, and any bit pattern at
+    // all (negatives, infinities, NaNs).
+    const auto edge = [&]() {
+        const float e = float(rng() % uint(entries + 1)) * 65535.0f / float(entries);
+        const int step = int(rng() % 3) - 1;
+        return step == 0 ? e : std::nextafter(e, step * std::numeric_limits<float>::infinity());
+    };
+    const auto tiny = [&]() { return std::ldexp(float(rng() % 1000), -int(rng() % 150)); };
+    const auto bits = [&]() {
+        const uint32_t b = uint32_t(rng());
+        float f;
+        std::memcpy(&f, &b, sizeof f);
+        return f;
+    };
     for (size_t k = 0; k < cells.size(); ++k)
-        cells[k] = k % 5 == 0 ? low(rng) : k % 97 == 0 ? float(int(any(rng))) : any(rng);
+        cells[k] = k % 5 == 0    ? low(rng)
+                   : k % 97 == 0 ? float(int(any(rng)))
+                   : k % 11 == 0 ? edge()
+                   : k % 13 == 0 ? tiny()
+                   : k % 17 == 0 ? bits()
+                                 : any(rng);
     DocumentImage img = DocumentImage::fromContinuous(width, height, cells, interpolate);
     img.render(p);
     const QImage &pic = img.picture();
@@ -161,9 +190,10 @@ void TestDocumentImage::renderMatchesTheFormula()
         for (int x = 0; x < width; ++x) {
             const float v = cells[size_t(y) * size_t(width) + size_t(x)];
             float pos = v * float(entries) / 65535.0f;
-            pos = std::min(std::max(pos, 0.0f), float(entries - 1));
+            pos = std::isnan(pos) || pos < 0.0f ? 0.0f : std::min(pos, float(entries - 1)); // NaN shows the first
             const int i = int(pos);
-            const QRgb expected = !interpolate || pos == float(i) ? opaque(p[i]) : mix(p[i], p[i + 1], double(pos - float(i)));
+            const QRgb expected =
+                !interpolate || pos == float(i) ? opaque(p[i]) : mix(p[i], p[i + 1], double(pos - float(i)));
             if (pic.pixel(x, y) != expected && ++mismatches < 5)
                 qWarning() << "pixel" << x << y << "value" << v;
         }
@@ -257,6 +287,56 @@ void TestDocumentImage::pictureLoadsIntoModes()
         QVERIFY(img.imagePalette().isEmpty());
         QCOMPARE(img.picture().pixel(0, 0), picture.pixel(0, 0));
     }
+}
+
+void TestDocumentImage::handedOverPictureIsTheSame()
+{
+    QImage picture(5, 3, QImage::Format_RGB32);
+    for (int y = 0; y < 3; ++y)
+        for (int x = 0; x < 5; ++x)
+            picture.setPixel(x, y, qRgb(x * 50, y * 90, 7));
+    const QImage before = picture.copy();
+    const DocumentImage kept = DocumentImage::fromPicture(picture);
+    // The caller's picture is shared, so it stays as it was while the image gets its own.
+    QCOMPARE(picture.format(), QImage::Format_RGB32);
+    QCOMPARE(picture, before);
+    const DocumentImage taken = DocumentImage::fromPicture(std::move(picture));
+    for (const DocumentImage *img : {&kept, &taken}) {
+        QCOMPARE(img->mode(), 1);
+        QCOMPARE(img->picture().format(), QImage::Format_ARGB32);
+        QCOMPARE(img->picture(), before.convertToFormat(QImage::Format_ARGB32));
+    }
+}
+
+void TestDocumentImage::indexBytesTakenOver_data()
+{
+    QTest::addColumn<int>("width");
+    QTest::addColumn<int>("height");
+    for (int w : {1, 2, 3, 4, 5, 7, 8, 9})
+        for (int h : {1, 2, 5})
+            QTest::addRow("%dx%d", w, h) << w << h;
+}
+
+void TestDocumentImage::indexBytesTakenOver()
+{
+    QFETCH(int, width);
+    QFETCH(int, height);
+    std::vector<uint8_t> bytes(size_t(width) * size_t(height));
+    for (size_t i = 0; i < bytes.size(); ++i)
+        bytes[i] = uint8_t(i * 37 + 1);
+    const DocumentImage copied = DocumentImage::fromIndexes8(width, height, bytes);
+    std::vector<uint8_t> handed = bytes;
+    const DocumentImage taken = DocumentImage::fromIndexes8(width, height, std::move(handed));
+    QCOMPARE(taken.mode(), 2);
+    QCOMPARE(taken.indexStride(), copied.indexStride());
+    for (int y = 0; y < height; ++y) {
+        // The whole stride, padding included, is what the copy holds.
+        const QByteArray row(reinterpret_cast<const char *>(taken.indexRow(y)), taken.indexStride());
+        QCOMPARE(row, QByteArray(reinterpret_cast<const char *>(copied.indexRow(y)), copied.indexStride()));
+        for (int x = 0; x < width; ++x)
+            QCOMPARE(taken.indexRow(y)[x], bytes[size_t(y) * size_t(width) + size_t(x)]);
+    }
+    QCOMPARE(DocumentImage::fromIndexes8(width, height + 1, std::vector<uint8_t>(bytes)).mode(), 0);
 }
 
 void TestDocumentImage::copiesAreIndependent()

@@ -1,5 +1,6 @@
-// Saving document images: the file holds what the format's writer makes of the picture, whatever
-// the format does with the device, and a failed save leaves the old file alone.
+// Loading and saving document images: a file opens by what it holds whatever its name says, the
+// saved file holds what the format's writer makes of the picture, whatever the format does with
+// the device, and a failed save leaves the old file alone.
 
 #include "palette/describedexception.h"
 #include "storage/documentimageio.h"
@@ -34,6 +35,10 @@ class TestDocumentImageIO : public QObject
 {
     Q_OBJECT
 private slots:
+    void loadsByContent_data();
+    void loadsByContent();
+    void unreadableFiles_data();
+    void unreadableFiles();
     void savesAsTheWriterWrites_data();
     void savesAsTheWriterWrites();
     void failedSaveKeepsTheFile_data();
@@ -45,6 +50,64 @@ private slots:
     void gifOfferedForIndexedImagesOnly_data();
     void gifOfferedForIndexedImagesOnly();
 };
+
+void TestDocumentImageIO::loadsByContent_data()
+{
+    QTest::addColumn<QByteArray>("format");
+    QTest::addColumn<QString>("name");
+    QTest::newRow("PNG") << QByteArray("png") << "a.png";
+    QTest::newRow("PNG named as JPEG") << QByteArray("png") << "a.jpg";
+    QTest::newRow("PNG without a suffix") << QByteArray("png") << "a";
+    QTest::newRow("BMP named as PNG") << QByteArray("bmp") << "a.png";
+    QTest::newRow("PPM named as BMP") << QByteArray("ppm") << "a.bmp";
+}
+
+void TestDocumentImageIO::loadsByContent()
+{
+    QFETCH(QByteArray, format);
+    QFETCH(QString, name);
+    QTemporaryDir dir;
+    const QString path = dir.filePath(name);
+    {
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QVERIFY(QImageWriter(&file, format).write(picture()));
+    }
+    const DocumentImage image = DocumentImageIO::load(path);
+    QCOMPARE(image.mode(), 1);
+    QCOMPARE(image.picture(), picture().convertToFormat(QImage::Format_ARGB32));
+}
+
+void TestDocumentImageIO::unreadableFiles_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<QString>("message");
+    QTest::newRow("not a picture") << QByteArray("no picture here")
+                                   << "Cannot load x.png.\nUnknown image format.";
+    QTest::newRow("a PNG cut short") << QByteArray("\x89PNG\r\n\x1a\n\0\0\0\rIHDR", 16)
+                                     << "Cannot load x.png.\nUnknown error.";
+    QTest::newRow("empty") << QByteArray() << "Cannot load x.png.\nUnknown image format.";
+}
+
+void TestDocumentImageIO::unreadableFiles()
+{
+    QFETCH(QByteArray, content);
+    QFETCH(QString, message);
+    QTemporaryDir dir;
+    const QString path = dir.filePath("x.png");
+    {
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(content);
+    }
+    try {
+        DocumentImageIO::load(path);
+        QFAIL("loaded");
+    } catch (const DescribedException &e) {
+        QCOMPARE(e.title(), QStringLiteral("Could not load"));
+        QCOMPARE(e.message(), message);
+    }
+}
 
 void TestDocumentImageIO::savesAsTheWriterWrites_data()
 {
