@@ -5,7 +5,6 @@
 #include "document/macroplayer.h"
 #include "export/palettepicture.h"
 #include "export/pictureprint.h"
-#include "storage/documentimageio.h"
 
 #include <QFileDialog>
 #include <QImageWriter>
@@ -39,16 +38,12 @@ void ChromaxisMainWindow::exportPaletteToImage()
     dialog.start();
     if (dialog.exec() != QDialog::Accepted)
         return;
-    const QImage picture = dialog.picture();
     const QString path = QFileDialog::getSaveFileName(this, tr("Export palette as image"),
                                                       dialogDirectory("default_palette_dir"), pictureFilters());
     if (path.isEmpty())
         return;
     rememberDirectory("default_palette_dir", path);
-    const QSize size = dialog.settings().geometry.pictureSize(m_document.palette().size());
-    if (run([&] {
-            DocumentImageIO::savePicture(path, picture, size, QFileInfo(path).suffix().toLower().toLatin1());
-        }))
+    if (run([&] { PalettePicture::save(path, m_document.palette(), dialog.settings()); }))
         statusBar()->showMessage(tr("Palette exported"), 2000);
 }
 

@@ -3,10 +3,6 @@
 #include "cliargs.h"
 #include "export/palettepicture.h"
 #include "export/pictureprint.h"
-#include "palette/describedexception.h"
-#include "storage/documentimageio.h"
-
-#include <QFileInfo>
 
 namespace {
 
@@ -42,13 +38,7 @@ PictureRequest pictureRequest(const CliContext &ctx)
 int paletteRender(CliContext &ctx)
 {
     const PictureRequest request = pictureRequest(ctx);
-    if (request.palette.isEmpty())
-        throw DescribedException(QStringLiteral("Could not save"),
-                                 QStringLiteral("Unable to save %1.\nThe palette is empty.")
-                                     .arg(QFileInfo(request.out).fileName()));
-    const QImage picture = PalettePicture::paint(request.palette, request.settings);
-    const QSize size = request.settings.geometry.pictureSize(request.palette.size());
-    DocumentImageIO::savePicture(request.out, picture, size, QFileInfo(request.out).suffix().toLower().toLatin1());
+    PalettePicture::save(request.out, request.palette, request.settings);
     return ExitOk;
 }
 

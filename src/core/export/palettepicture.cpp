@@ -1,10 +1,12 @@
 #include "export/palettepicture.h"
 
 #include "palette/describedexception.h"
+#include "storage/documentimageio.h"
 #include "storage/settingsfields.h"
 #include "storage/settingsvalues.h"
 
 #include <QFile>
+#include <QFileInfo>
 
 #include <QStringList>
 
@@ -123,6 +125,15 @@ QImage PalettePicture::paint(const Palette<uint> &palette, const Geometry &geome
         }
     }
     return image;
+}
+
+void PalettePicture::save(const QString &path, const Palette<uint> &palette, const Settings &settings)
+{
+    if (palette.isEmpty())
+        throw DescribedException(QStringLiteral("Could not save"),
+                                 QStringLiteral("Unable to save %1.\nThe palette is empty.").arg(QFileInfo(path).fileName()));
+    DocumentImageIO::savePicture(path, paint(palette, settings), settings.geometry.pictureSize(palette.size()),
+                                 QFileInfo(path).suffix().toLower().toLatin1());
 }
 
 PalettePicture::Settings PalettePicture::fromSettings(const SettingsText::Pairs &pairs, const Settings &base)

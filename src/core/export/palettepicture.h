@@ -73,6 +73,11 @@ public:
         return paint(palette, settings.geometry, settings.background);
     }
 
+    // Writes the picture of palette to path in the format its extension names (any format the
+    // image writers know), whole or not at all. An empty palette has no picture and is refused;
+    // failures throw DescribedException "Could not save".
+    static void save(const QString &path, const Palette<uint> &palette, const Settings &settings);
+
     // Keys missing from pairs keep the values of base; numbers are clamped into the controls'
     // ranges, a value that is no number or no colour throws DescribedException "Invalid settings".
     static Settings fromSettings(const SettingsText::Pairs &pairs, const Settings &base);

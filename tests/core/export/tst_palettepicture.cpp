@@ -46,6 +46,9 @@ private slots:
     void badSettings_data();
     void badSettings();
     void unknownPreset();
+    void saveRefusesWithoutHarm_data();
+    void saveRefusesWithoutHarm();
+    void saveWritesThePicture();
     void fittedViewport_data();
     void fittedViewport();
     void printFillsPageWithAspectKept_data();
@@ -213,6 +216,46 @@ void TestPalettePicture::unknownPreset()
         QVERIFY(e.message().startsWith("There is no palette picture preset \"line big (1)\". The presets are "
                                        "\"square small (1x1)\", "));
     }
+}
+
+void TestPalettePicture::saveRefusesWithoutHarm_data()
+{
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<int>("entries");
+    QTest::addColumn<QString>("message");
+    QTest::newRow("empty palette") << "old.png" << 0 << "Unable to save old.png.\nThe palette is empty.";
+    QTest::newRow("no such format") << "old.xyz" << 3 << "Unable to save old.xyz.\nUnsupported image format";
+}
+
+void TestPalettePicture::saveRefusesWithoutHarm()
+{
+    QFETCH(QString, file);
+    QFETCH(int, entries);
+    QFETCH(QString, message);
+    QTemporaryDir dir;
+    const QString path = dir.filePath(file);
+    QFile f(path);
+    QVERIFY(f.open(QIODevice::WriteOnly));
+    f.write("old contents");
+    f.close();
+    try {
+        PalettePicture::save(path, paletteOf(entries), PalettePicture::Settings());
+        QFAIL("saved");
+    } catch (const DescribedException &e) {
+        QCOMPARE(e.title(), QString("Could not save"));
+        QCOMPARE(e.message(), message);
+    }
+    QVERIFY(f.open(QIODevice::ReadOnly));
+    QCOMPARE(f.readAll(), QByteArray("old contents"));
+}
+
+void TestPalettePicture::saveWritesThePicture()
+{
+    QTemporaryDir dir;
+    const PalettePicture::Settings s = PalettePicture::preset(QStringLiteral("square middle (8x8) with offset"));
+    PalettePicture::save(dir.filePath("p.png"), paletteOf(40), s);
+    const QImage back = QImage(dir.filePath("p.png")).convertToFormat(QImage::Format_ARGB32);
+    QCOMPARE(back, PalettePicture::paint(paletteOf(40), s));
 }
 
 void TestPalettePicture::fittedViewport_data()
