@@ -14,6 +14,8 @@ class ImageLabel;
 class PaletteDatabase;
 class PaletteDialog;
 class PaletteView;
+class MacroPlayer;
+class QPrinter;
 class QAction;
 class QActionGroup;
 class QLabel;
@@ -175,6 +177,10 @@ public slots:
     void paletteAppendMirrored();
     void selectPattern();
     void exportPaletteToText();
+    // Palette pictures and prints (chromaxismainwindow_export.cpp)
+    void exportPaletteToImage();
+    void printPalette();
+    void printImage();
     void settingsPaletteCopyFormat();
     // Previews of the palette dialogs; neither changes the document until OK commits the preview.
     // adaptPalette shows a changed current palette, which keeps its name and file: what the
@@ -235,6 +241,10 @@ private:
     bool runPaletteDialog(PaletteDialog &dialog);
     // A palette operation without settings, installed as one history step and one macro step.
     void applyPaletteOperation(const QString &name);
+    // Prints picture on printer, or on the printer a print dialog chooses; false when cancelled or failed.
+    bool printPicture(const QImage &picture, QPrinter *printer = nullptr);
+    // The print steps of a replay ask before they print (chromaxismainwindow_export.cpp).
+    void preparePrintSteps(MacroPlayer &player);
     void rememberRecentFile(const QString &path);
     void updateRecentFiles();
     // The directory a file dialog starts in and remembering the chosen one.

@@ -87,6 +87,7 @@ bool ChromaxisMainWindow::playMacroFile(const QString &path)
     const bool played = run([&] {
         const std::vector<MacroFile::Step> steps = MacroFile::read(path);
         MacroPlayer player(m_builtinPalettes);
+        preparePrintSteps(player);
         // The whole replay is one step to undo.
         m_document.beginGroup();
         try {

@@ -3,6 +3,7 @@
 #include "cliargs.h"
 #include "clijson.h"
 #include "document/documentcommands.h"
+#include "export/pictureprint.h"
 #include "palette/describedexception.h"
 #include "storage/documentimageio.h"
 #include "storage/palettedatabase.h"
@@ -79,6 +80,18 @@ int imageRender(CliContext &ctx)
     image.render(palette);
     DocumentImageIO::savePicture(args.operands()[1], image.picture().convertToFormat(QImage::Format_ARGB32),
                                  QSize(image.width(), image.height()), "png");
+    return ExitOk;
+}
+
+int imagePrint(CliContext &ctx)
+{
+    const CliArgs args(ctx.args, {{QStringLiteral("palette")}});
+    args.expectOperands(2);
+    OpenedDocument document = openDocument(args.operands()[0]);
+    DocumentImage &image = document.image;
+    image.render(args.has(QStringLiteral("palette")) ? readPaletteFile(args.value(QStringLiteral("palette")), QString())
+                                                     : document.palette);
+    PicturePrint::printToPdf(image.picture(), args.operands()[1]);
     return ExitOk;
 }
 

@@ -4,5 +4,6 @@
 
 int imageShow(CliContext &ctx);
 int imageRender(CliContext &ctx);
+int imagePrint(CliContext &ctx);
 int dbList(CliContext &ctx);
 int dbShow(CliContext &ctx);

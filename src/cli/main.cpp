@@ -1,6 +1,7 @@
 #include "clicontext.h"
 #include "colorcommands.h"
 #include "conversioncommands.h"
+#include "exportcommands.h"
 #include "formats/librarymessages.h"
 #include "imagecommands.h"
 #include "operationcommands.h"
@@ -45,13 +46,15 @@ const char *const usageText =
     "  palette generate NAME OUT [--size N]\n"
     "  palette apply OPERATION IN OUT [--settings FILE] [--set KEY=VALUE]... [--select LIST]\n"
     "  palette text IN OUT|- [--settings FILE] [--select LIST]\n"
-    "  palette render IN OUT.png [--settings FILE]\n"
+    "  palette render IN OUT.png [--settings FILE] [--set KEY=VALUE]... [--preset NAME]\n"
+    "  palette print IN OUT.pdf [--settings FILE] [--set KEY=VALUE]... [--preset NAME]\n"
     "  palette select IN [--settings FILE] [--set KEY=VALUE]...\n"
     "  palette batch OUTDIR FILE... --to WORD [--option KEY=VALUE]...\n"
     "\n"
     "Images and projects:\n"
     "  image show FILE\n"
     "  image render FILE OUT.png [--palette P] [--interpolate 0|1]\n"
+    "  image print FILE OUT.pdf [--palette P]\n"
     "  image convert IN OUT [--settings FILE] [--set KEY=VALUE]...\n"
     "  image quantise IN OUT [--settings FILE] [--set KEY=VALUE]...\n"
     "  image fast NAME IN OUT              NAME: a fast conversion or a transform (image_mirror_h,\n"
@@ -81,7 +84,9 @@ std::vector<Command> commands()
         {{"palette", "generate"}, paletteGenerate},
         {{"palette", "apply"}, paletteApply},
         {{"palette", "text"}, paletteText},
-        {{"palette", "render"}, {}},
+        {{"palette", "render"}, paletteRender},
+        {{"palette", "print"}, palettePrint},
+        {{"image", "print"}, imagePrint},
         {{"palette", "select"}, paletteSelect},
         {{"image", "show"}, imageShow},
         {{"image", "render"}, imageRender},

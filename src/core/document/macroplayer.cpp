@@ -166,8 +166,11 @@ MacroPlayer::Report MacroPlayer::play(ChromaxisDocument &document, const std::ve
     DocumentCommands commands(document, m_builtins, DocumentCommands::DoNotRecord);
     Report report;
     for (const MacroFile::Step &step : steps) {
+        const auto own = m_own.find(step.name);
         const auto it = registry().find(step.name);
-        if (it != registry().end()) {
+        if (own != m_own.end()) {
+            own->second(*this, commands, parseParameters(step.parameters));
+        } else if (it != registry().end()) {
             it->second(*this, commands, parseParameters(step.parameters));
         } else if (PaletteOperations::exists(step.name)) {
             playPaletteOperation(commands, step.name, step.parameters);

@@ -42,6 +42,9 @@ public:
     // Adds or replaces the handler of a step name; features register their steps here.
     static void registerStep(const QString &name, Handler handler);
     static bool knows(const QString &name);
+    // A handler that only this player uses, ahead of the registered ones: steps that need the
+    // face playing the macro, such as the window's prints, which ask the user first.
+    void setOwnStep(const QString &name, Handler handler) { m_own[name] = std::move(handler); }
 
     // Plays the steps in order. A failing step throws its DescribedException; what was played
     // before it stays applied.
@@ -58,4 +61,5 @@ private:
     static std::map<QString, Handler> &registry();
 
     const PaletteDatabase *m_builtins;
+    std::map<QString, Handler> m_own;
 };

@@ -4,6 +4,7 @@
 
 #include "operations/paletteedits.h"
 
+#include "export/palettepicture.h"
 #include "export/palettetextencoder.h"
 
 #include <QClipboard>
@@ -22,9 +23,6 @@ namespace {
 // The hit test counts this many cells per row whatever the configured column count is. The
 // window's view has 16 columns, so the two agree there; off-screen views never take clicks.
 constexpr int HitTestColumns = 16;
-// One-pixel frame of a selected cell.
-constexpr QRgb SelectionFrame = 0xFFFFFF00u;
-
 uint byteOf(uint channel)
 {
     return (channel >> 8) & 0xFF;
@@ -121,30 +119,17 @@ QColor PaletteView::backgroundColor() const
 
 void PaletteView::rebuild()
 {
-    const int length = m_palette.size();
-    const int rows = (length + m_columns - 1) / m_columns;
-    const int width = (m_columns - 1) * m_hspacing + m_columns * m_cellWidth + m_padRight + m_padLeft;
-    // An empty palette has no rows and so no spacing between them.
-    const int height = std::max(0, rows - 1) * m_vspacing + rows * m_cellHeight + m_padBottom + m_padTop;
-
-    m_image = QImage(std::max(0, width), std::max(0, height), QImage::Format_ARGB32);
-    if (!m_image.isNull()) {
-        m_image.fill(backgroundColor());
-        for (int i = 0; i < length; ++i) {
-            const int x0 = m_padLeft + (i % m_columns) * (m_cellWidth + m_hspacing);
-            const int y0 = m_padTop + (i / m_columns) * (m_cellHeight + m_vspacing);
-            const int x1 = x0 + m_cellWidth - 1;
-            const int y1 = y0 + m_cellHeight - 1;
-            const QRgb fill = opaqueRgb(m_palette[i]);
-            const bool framed = isSelected(i);
-            for (int y = y0; y <= y1; ++y) {
-                auto *line = reinterpret_cast<QRgb *>(m_image.scanLine(y));
-                const bool edgeRow = y == y0 || y == y1;
-                for (int x = x0; x <= x1; ++x)
-                    line[x] = framed && (edgeRow || x == x0 || x == x1) ? SelectionFrame : fill;
-            }
-        }
-    }
+    PalettePicture::Geometry g;
+    g.columns = m_columns;
+    g.cellWidth = m_cellWidth;
+    g.cellHeight = m_cellHeight;
+    g.vspacing = m_vspacing;
+    g.hspacing = m_hspacing;
+    g.padTop = m_padTop;
+    g.padRight = m_padRight;
+    g.padBottom = m_padBottom;
+    g.padLeft = m_padLeft;
+    m_image = PalettePicture::paint(m_palette, g, backgroundColor(), m_selection);
     setPixmap(QPixmap::fromImage(m_image));
     setFixedSize(m_image.size());
 }
