@@ -34,6 +34,27 @@ std::array<uint8_t, 256> indexRotation(int start, int end, int frame)
     return table;
 }
 
+void gifFrame(const DocumentImage &image, int start, int end, int frame, QImage &out)
+{
+    const QSize size(image.width(), image.height());
+    if (out.size() != size || out.format() != QImage::Format_Indexed8)
+        out = QImage(size, QImage::Format_Indexed8);
+    if (out.isNull())
+        throw outOfMemoryFailure();
+    const std::array<uint8_t, 256> table = indexRotation(start, end, frame);
+    for (int y = 0; y < size.height(); ++y) {
+        const uint8_t *in = image.indexRow(y);
+        uchar *row = out.scanLine(y);
+        for (int x = 0; x < size.width(); ++x)
+            row[x] = table[in[x]];
+    }
+}
+
+void movieFrame(const DocumentImage &image, const Palette<uint> &palette, int start, int end, int frame, QImage &out)
+{
+    image.renderInto(rotatedPalette(palette, start, end, frame), out);
+}
+
 bool isGifPath(const QString &path)
 {
     return QFileInfo(path).suffix().toLower() == QLatin1String("gif");
@@ -80,31 +101,16 @@ Result write(const QString &path, const DocumentImage &image, const Palette<uint
         return {Outcome::Failed, writer.errorText()};
 
     const bool gif = isGifPath(path);
-    QImage indexes;
-    if (gif) {
-        indexes = QImage(size, QImage::Format_Indexed8);
-        if (indexes.isNull())
-            return {Outcome::Failed, outOfMemoryFailure().message()};
-    }
     QImage picture;
     for (int f = 0; f < frames; ++f) {
         if (progress && !progress(f))
             return {Outcome::Cancelled, {}};
-        if (gif) {
-            const std::array<uint8_t, 256> table = indexRotation(settings.start, settings.end, f);
-            for (int y = 0; y < size.height(); ++y) {
-                const uint8_t *in = image.indexRow(y);
-                uchar *out = indexes.scanLine(y);
-                for (int x = 0; x < size.width(); ++x)
-                    out[x] = table[in[x]];
-            }
-            if (!writer.addFrame(indexes))
-                return {Outcome::Failed, writer.errorText()};
-        } else {
-            image.renderInto(rotatedPalette(palette, settings.start, settings.end, f), picture);
-            if (!writer.addFrame(picture))
-                return {Outcome::Failed, writer.errorText()};
-        }
+        if (gif)
+            gifFrame(image, settings.start, settings.end, f, picture);
+        else
+            movieFrame(image, palette, settings.start, settings.end, f, picture);
+        if (!writer.addFrame(picture))
+            return {Outcome::Failed, writer.errorText()};
     }
     if (!writer.close())
         return {Outcome::Failed, writer.errorText()};

@@ -30,6 +30,15 @@ Palette<uint> rotatedPalette(const Palette<uint> &palette, int start, int end, i
 // when that is above end. Indexes outside the range stay. Entry v of the table is v's new index.
 std::array<uint8_t, 256> indexRotation(int start, int end, int frame);
 
+// Frame f of a GIF: the image's 8-bit indexes through indexRotation, written into out, which is
+// made a Format_Indexed8 picture of the image's size unless it already is one. Its colour table is
+// left alone: the GIF's table is the palette, fixed.
+void gifFrame(const DocumentImage &image, int start, int end, int frame, QImage &out);
+
+// Frame f of a movie: the image rendered through rotatedPalette, into out (whose buffer is reused).
+void movieFrame(const DocumentImage &image, const Palette<uint> &palette, int start, int end, int frame,
+                QImage &out);
+
 // Whether path's suffix asks for a GIF, which only an 8-bit indexed image can give.
 bool isGifPath(const QString &path);
 
