@@ -118,6 +118,7 @@ struct Movie
     int frames = 0;
     double firstTime = -1; // seconds
     double lastTime = -1;
+    double duration = -1; // the container's, seconds
     std::vector<QImage> pictures; // the first two frames as RGB
 };
 
@@ -171,6 +172,7 @@ Movie readMovie(const QString &path)
     avcodec_send_packet(decoder, nullptr);
     take();
     movie.ok = true;
+    movie.duration = double(format->duration) / AV_TIME_BASE;
     av_frame_free(&frame);
     av_packet_free(&packet);
     avcodec_free_context(&decoder);
@@ -398,6 +400,8 @@ void TestMovieWriter::movies()
     // Nine frames at the rate: the last starts eight frame times after the first.
     QVERIFY2(std::abs(movie.lastTime - movie.firstTime - 8.0 / fps) < 0.002,
              qPrintable(QString::number(movie.lastTime - movie.firstTime)));
+    // And the container says nine frame times: the packets carry their durations.
+    QVERIFY2(std::abs(movie.duration - 9.0 / fps) < 0.002, qPrintable(QString::number(movie.duration)));
     QCOMPARE(int(movie.pictures.size()), 2);
     // Frame 0 shows the palette; frame 1 the range turned towards lower indexes: band 9 shows the
     // old colour 0 and band 0 the old colour 1.
