@@ -131,6 +131,7 @@ public slots:
     void imageModeContinuous();
     void imageQuantisize();
     void imageBatchApply();
+    void imageExportAnimation();
     // A fast conversion by its macro step name, as one history step and one macro step.
     void imageFastConvert(const QString &step);
     // Image > Transform, and a transform by its macro step name

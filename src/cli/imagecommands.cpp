@@ -3,6 +3,7 @@
 #include "cliargs.h"
 #include "clijson.h"
 #include "document/documentcommands.h"
+#include "export/animationexport.h"
 #include "export/pictureprint.h"
 #include "palette/describedexception.h"
 #include "storage/documentimageio.h"
@@ -37,6 +38,18 @@ OpenedDocument openDocument(const QString &path)
             QStringLiteral("No image"),
             QStringLiteral("The project %1 holds no image.").arg(QFileInfo(path).fileName()));
     return {std::move(project.image), std::move(project.palette)};
+}
+
+// A whole number for one of animation's options; anything else is a usage error.
+int intOption(const CliArgs &args, const QString &name)
+{
+    if (!args.has(name))
+        throw CliUsageError{QStringLiteral("animation needs --%1").arg(name)};
+    bool ok = false;
+    const int value = args.value(name).toInt(&ok);
+    if (!ok)
+        throw CliUsageError{QStringLiteral("--%1 takes a whole number, not '%2'").arg(name, elidedValue(args.value(name)))};
+    return value;
 }
 
 } // namespace
@@ -115,5 +128,27 @@ int dbShow(CliContext &ctx)
             QStringLiteral("Palette database"),
             QStringLiteral("No palette named '%1' in the database.").arg(elidedValue(args.operands()[0])));
     ctx.out << QString::fromUtf8(QJsonDocument(paletteJson(*palette)).toJson(QJsonDocument::Compact)) << '\n';
+    return ExitOk;
+}
+
+int animation(CliContext &ctx)
+{
+    const CliArgs args(ctx.args, {{QStringLiteral("start")},
+                                  {QStringLiteral("end")},
+                                  {QStringLiteral("fps")},
+                                  {QStringLiteral("palette")}});
+    args.expectOperands(2);
+    const AnimationExport::Settings settings{intOption(args, QStringLiteral("start")),
+                                             intOption(args, QStringLiteral("end")),
+                                             intOption(args, QStringLiteral("fps"))};
+    OpenedDocument document = openDocument(args.operands()[0]);
+    const Palette<uint> palette = args.has(QStringLiteral("palette"))
+                                      ? readPaletteFile(args.value(QStringLiteral("palette")), QString())
+                                      : document.palette;
+    const QString &out = args.operands()[1];
+    AnimationExport::check(out, document.image, palette, settings);
+    const AnimationExport::Result result = AnimationExport::write(out, document.image, palette, settings);
+    if (result.outcome != AnimationExport::Outcome::Written)
+        throw DescribedException(QStringLiteral("Animation export error"), result.error);
     return ExitOk;
 }

@@ -5,5 +5,6 @@
 int imageShow(CliContext &ctx);
 int imageRender(CliContext &ctx);
 int imagePrint(CliContext &ctx);
+int animation(CliContext &ctx);
 int dbList(CliContext &ctx);
 int dbShow(CliContext &ctx);

@@ -66,7 +66,7 @@ const char *const usageText =
     "Generators, animation, database, macros:\n"
     "  generate NAME OUT [--settings FILE] [--set ...] [--size WxH] [--target indexed|continuous|rgb]\n"
     "           [--palette P]\n"
-    "  animation IN OUT.gif|.avi|.wmv --start S --end E --fps F\n"
+    "  animation IN OUT.gif|.avi|.wmv|.mp4|.webm --start S --end E --fps F [--palette P]\n"
     "  db list\n"
     "  db show NAME\n"
     "  macro run MACRO IN OUT\n"
@@ -97,7 +97,7 @@ std::vector<Command> commands()
         {{"project", "show"}, projectShow},
         {{"project", "create"}, projectCreate},
         {{"generate"}, {}},
-        {{"animation"}, {}},
+        {{"animation"}, animation},
         {{"db", "list"}, dbList},
         {{"db", "show"}, dbShow},
         {{"palette", "batch"}, paletteBatch},
