@@ -417,6 +417,12 @@ void DocumentCommands::openProject(const QString &path)
     m_document.setProjectFileName(path);
 }
 
+void DocumentCommands::restoreProject(const QString &path)
+{
+    DocumentProject::install(m_document, ProjectFile::read(path));
+    m_document.setProjectFileName(QString());
+}
+
 void DocumentCommands::saveProject(const QString &path)
 {
     ProjectFile::write(path, DocumentProject::capture(m_document));
