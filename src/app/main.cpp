@@ -1,4 +1,5 @@
 #include "chromaxismainwindow.h"
+#include "crashrecovery.h"
 #include "formats/librarymessages.h"
 #include "palette/palette.h"
 #include "storage/palettedatabase.h"
@@ -41,6 +42,8 @@ int main(int argc, char *argv[])
 
     auto window = std::make_unique<ChromaxisMainWindow>(builtinPalettes.get());
     window->show();
+    // Work a crashed session left behind is offered before anything else is opened.
+    (new CrashRecovery(window.get()))->offerRestore();
     // Files named on the command line open as if chosen in the open dialogs.
     window->openFiles(app->arguments().mid(1));
     const int result = app->exec();

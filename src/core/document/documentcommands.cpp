@@ -490,6 +490,12 @@ void DocumentCommands::openProject(const QString &path)
     m_document.setProjectFileName(path);
 }
 
+void DocumentCommands::restoreProject(const QString &path)
+{
+    DocumentProject::install(m_document, ProjectFile::read(path));
+    m_document.setProjectFileName(QString());
+}
+
 void DocumentCommands::saveProject(const QString &path)
 {
     // The project now holds every change, so the saved state is a clean one: in the file, so that

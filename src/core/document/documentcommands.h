@@ -118,6 +118,9 @@ public:
     void newProject();
     void openProject(const QString &path);
     void saveProject(const QString &path);
+    // A project kept as a copy of unsaved work (an autosave): it comes back as the unsaved work it
+    // was, tied to no project file, so the copy is never mistaken for the user's own file.
+    void restoreProject(const QString &path);
     // The document a file becomes when opened: a project restores the whole state, a palette file
     // becomes the palette, anything else is opened as an image.
     void open(const QString &path);
