@@ -274,7 +274,8 @@ private slots:
         makeUnsavedWork(document, DocumentImage::None);
         QTRY_VERIFY(failures.count() >= 2);
         QCOMPARE(failures.first().first().toString(),
-                 QStringLiteral("Cannot save project %1.\nCould not open the file for writing.")
+                 QStringLiteral("Cannot save project %1.\nCould not open the file for writing.\n"
+                                "It is a folder, not a file.")
                      .arg(QFileInfo(autosave.path()).fileName()));
         QVERIFY_EXCEPTION_THROWN(autosave.update(), DescribedException);
 
