@@ -1,6 +1,7 @@
 // Files are replaced whole or not at all, whatever goes wrong on the way.
 
 #include "formats/writefileatomically.h"
+#include "filesizelimit.h"
 
 #include <QDir>
 #include <QFile>
@@ -23,30 +24,6 @@ Q_DECLARE_METATYPE(FileWriteResult::Stage)
 namespace {
 
 const QByteArray oldContents = "the old contents\n";
-
-// Files may grow to limit bytes while it lives: the kernel then cuts writes short (EFBIG), as a
-// full disk does, and for root too.
-class FileSizeLimit
-{
-public:
-    explicit FileSizeLimit(rlim_t limit)
-    {
-        m_oldHandler = std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &m_old);
-        rlimit lowered = m_old;
-        lowered.rlim_cur = limit;
-        setrlimit(RLIMIT_FSIZE, &lowered);
-    }
-    ~FileSizeLimit()
-    {
-        setrlimit(RLIMIT_FSIZE, &m_old);
-        std::signal(SIGXFSZ, m_oldHandler);
-    }
-
-private:
-    rlimit m_old{};
-    void (*m_oldHandler)(int) = nullptr;
-};
 
 QByteArray readAll(const QString &path)
 {

@@ -4,6 +4,7 @@
 // document does not take the name of a file it could not write.
 
 #include "document/chromaxisdocument.h"
+#include "filesizelimit.h"
 #include "document/chromaxismacrosystem.h"
 #include "document/documentcommands.h"
 #include "formats/paletteformats.h"
@@ -26,30 +27,6 @@
 namespace {
 
 const QByteArray oldContents = "the old contents\n";
-
-// Writes may make a file at most limit bytes long while it lives: the kernel cuts them short
-// (EFBIG), as a full disk does, and for root too.
-class FileSizeLimit
-{
-public:
-    explicit FileSizeLimit(rlim_t limit)
-    {
-        m_oldHandler = std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &m_old);
-        rlimit lowered = m_old;
-        lowered.rlim_cur = limit;
-        setrlimit(RLIMIT_FSIZE, &lowered);
-    }
-    ~FileSizeLimit()
-    {
-        setrlimit(RLIMIT_FSIZE, &m_old);
-        std::signal(SIGXFSZ, m_oldHandler);
-    }
-
-private:
-    rlimit m_old{};
-    void (*m_oldHandler)(int) = nullptr;
-};
 
 enum Trouble
 {
