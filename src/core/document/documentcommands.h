@@ -4,6 +4,7 @@
 #include "conversion/imagequantisizesettings.h"
 #include "document/documentimage.h"
 #include "export/palettetextencoder.h"
+#include "generators/imagegenerator.h"
 #include "palette/palette.h"
 #include "storage/settingstext.h"
 
@@ -113,6 +114,15 @@ public:
     // The result of a conversion dialog, recorded under step with its settings text.
     void installConversion(const DocumentImage &image, const Palette<uint> &palette, const QString &step,
                            const QString &settingsText = {});
+
+    // ---- Generators
+    // Replaces the image with a generator's picture through the document's palette, which stays as
+    // it is: one history step, then the macro step settings.macroStep() with the settings text.
+    // A render that fails throws before anything has changed.
+    void generateImage(const GeneratorSettings &settings,
+                       ImageGenerator::Renderer renderer = ImageGenerator::Renderer::Auto);
+    // The same with a picture already made (a dialog's OK renders it itself, with a progress).
+    void installGenerated(const DocumentImage &image, const GeneratorSettings &settings);
 
     // ---- Projects and the document as a whole
     void newProject();

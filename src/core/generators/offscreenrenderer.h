@@ -1,0 +1,21 @@
+#pragma once
+
+#include "generators/generatorraster.h"
+#include "generators/generatorsettings.h"
+#include "palette/palette.h"
+
+#include <QString>
+
+// Renders a generator with its shaders into an off-screen framebuffer (a GL_RGBA8 colour
+// renderbuffer: the 16-bit encoding needs 8 bits a channel) of its own context and surface, and
+// reads the picture back, rows bottom-up so that row 0 is the top. Needs a QGuiApplication on a
+// platform with OpenGL.
+namespace OffscreenRenderer {
+
+// Whether a context with framebuffer objects can be made here; the reason when not.
+bool available(QString *reason = nullptr);
+// The read-back at settings.xsize x settings.ysize. Throws DescribedException when no context,
+// framebuffer or program can be made.
+GeneratorRaster render(const GeneratorSettings &settings, const Palette<uint> &palette);
+
+} // namespace OffscreenRenderer
