@@ -5,7 +5,12 @@
 #include <algorithm>
 #include <atomic>
 #include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <limits>
+#include <string>
 #include <thread>
+#include <type_traits>
 
 // This file is built with -ffp-contract=off: the shaders' formulas are evaluated operation by
 // operation, never fused, so that every path here gives the same bits.
@@ -96,64 +101,304 @@ template <class T> struct View
     }
 };
 
-// Runs rows(first, last) over every core, in bands taken from a shared counter so that the slow
-// rows (deep inside a set) do not leave a core idle. The calling thread reports progress and
-// stops the others when progress says so. False when cancelled.
-template <class Rows>
-bool forRows(int height, const FractalEvaluator::Progress &progress, const Rows &rows)
+// Bands of rows handed out to the threads from a shared counter, so that the slow rows (deep
+// inside a set) do not leave a core idle. The calling thread's feed reports progress and stops
+// the others when progress says so.
+struct Bands
 {
-    constexpr int band = 4;
-    const int bands = (height + band - 1) / band;
+    static constexpr int rows = 4;
+    int height = 0;
+    int count = 0;
     std::atomic<int> next{0};
-    std::atomic<int> done{0};
     std::atomic<bool> cancelled{false};
-    int lastPercent = -1;
-    auto work = [&](bool reporting) {
-        for (;;) {
-            if (cancelled.load(std::memory_order_relaxed))
-                return;
-            const int b = next.fetch_add(1);
-            if (b >= bands)
-                return;
-            rows(b * band, std::min(height, (b + 1) * band));
-            const int finished = done.fetch_add(1) + 1;
-            if (reporting && progress) {
-                const int percent = int(int64_t(finished) * 100 / bands);
-                if (percent != lastPercent) {
-                    lastPercent = percent;
-                    if (!progress(percent))
-                        cancelled = true;
+    const FractalEvaluator::Progress *progress = nullptr;
+    int lastPercent = -1; // the reporting thread's alone
+};
+
+class Feed
+{
+public:
+    Feed(Bands &bands, bool reporting) : m_bands(bands), m_reporting(reporting && *bands.progress) {}
+
+    // The next band's rows [first, last); false when none is left or the work was cancelled.
+    bool next(int &first, int &last)
+    {
+        if (m_bands.cancelled.load(std::memory_order_relaxed))
+            return false;
+        const int b = m_bands.next.fetch_add(1);
+        if (m_reporting) {
+            // Bands handed out so far, the last of them not yet done.
+            const int percent = int(int64_t(std::min(b, m_bands.count)) * 100 / m_bands.count);
+            if (percent != m_bands.lastPercent) {
+                m_bands.lastPercent = percent;
+                if (!(*m_bands.progress)(percent)) {
+                    m_bands.cancelled = true;
+                    return false;
                 }
             }
         }
-    };
+        if (b >= m_bands.count)
+            return false;
+        first = b * Bands::rows;
+        last = std::min(m_bands.height, first + Bands::rows);
+        return true;
+    }
+
+private:
+    Bands &m_bands;
+    bool m_reporting;
+};
+
+// Runs work(feed) on every core, each with its own feed of bands. False when cancelled.
+template <class Work>
+bool onEveryCore(int height, const FractalEvaluator::Progress &progress, const Work &work)
+{
+    Bands bands;
+    bands.height = height;
+    bands.count = (height + Bands::rows - 1) / Bands::rows;
+    bands.progress = &progress;
     const int helpers = std::max(1, int(std::thread::hardware_concurrency())) - 1;
     std::vector<std::thread> threads;
     threads.reserve(size_t(helpers));
-    for (int t = 0; t < helpers && t + 1 < bands; ++t)
-        threads.emplace_back(work, false);
-    work(true);
+    for (int t = 0; t < helpers && t + 1 < bands.count; ++t)
+        threads.emplace_back([&] {
+            Feed feed(bands, false);
+            work(feed);
+        });
+    {
+        Feed feed(bands, true);
+        work(feed);
+    }
     for (auto &t : threads)
         t.join();
     // The last bands may have been finished by the helpers.
-    if (!cancelled && progress && lastPercent != 100 && !progress(100))
-        cancelled = true;
-    return !cancelled;
+    if (!bands.cancelled && progress && bands.lastPercent != 100 && !progress(100))
+        bands.cancelled = true;
+    return !bands.cancelled;
 }
 
-template <class T>
+template <class Rows> bool forRows(int height, const FractalEvaluator::Progress &progress, const Rows &rows)
+{
+    return onEveryCore(height, progress, [&](Feed &feed) {
+        int first, last;
+        while (feed.next(first, last))
+            rows(first, last);
+    });
+}
+
+// The escape-time loop across the lanes of a vector, each lane its own pixel: a lane whose orbit
+// ends takes the next pixel at the following check, so the lanes stay busy however different the
+// pixels' counts are. Every lane computes exactly the scalar loop's operations in the same order,
+// so the counts and the escape points are the scalar loop's bit for bit. On top, a lane whose
+// orbit returns exactly onto a point it saved earlier (Brent's doubling intervals) is periodic:
+// it never escapes, which is the value 0 the full loop would give after all its iterations.
+template <class T, int N> struct Kernel
+{
+    using Int = std::conditional_t<sizeof(T) == 4, int32_t, int64_t>;
+    typedef T V __attribute__((vector_size(N * sizeof(T))));
+    typedef Int I __attribute__((vector_size(N * sizeof(T))));
+
+    // Steps between two checks of the lanes.
+    static constexpr int steps = 16;
+
+    __attribute__((always_inline)) static inline void run(const View<T> &view, const GeneratorGrid &grid,
+                                                          float *out, Feed &feed)
+    {
+        V zx{}, zy{}, x2{}, y2{}, cx{}, cy{}, sx{}, sy{}, ex{}, ey{};
+        I count{}, active{}, escaped{}, nextSave{}, interval{};
+        int64_t pixel[N];
+        int64_t next = 0, end = 0; // the pixels of the current band still to start
+        bool more = true;
+        const T never = std::numeric_limits<T>::quiet_NaN();
+        for (int l = 0; l < N; ++l)
+            pixel[l] = -1;
+
+        for (;;) {
+            // Lanes at the iteration limit are done (never escaped, value 0).
+            active &= count < Int(view.iterations);
+            bool any = false, idle = false;
+            for (int l = 0; l < N; ++l) {
+                any |= active[l] != 0;
+                idle |= active[l] == 0;
+            }
+            if (idle) {
+                for (int l = 0; l < N; ++l) {
+                    if (active[l])
+                        continue;
+                    if (pixel[l] >= 0) {
+                        out[pixel[l]] = escaped[l] ? view.value(int(count[l]), ex[l], ey[l], cx[l], cy[l]) : 0.0f;
+                        pixel[l] = -1;
+                    }
+                    if (next == end && more) {
+                        int first, last;
+                        more = feed.next(first, last);
+                        if (more) {
+                            next = int64_t(first) * grid.width;
+                            end = int64_t(last) * grid.width;
+                        }
+                    }
+                    if (next == end)
+                        continue;
+                    const int64_t p = next++;
+                    float u, v;
+                    grid.texCoord(int(p % grid.width), int(p / grid.width), u, v);
+                    T zx0, zy0, cx0, cy0;
+                    view.start(u, v, zx0, zy0, cx0, cy0);
+                    pixel[l] = p;
+                    zx[l] = zx0;
+                    zy[l] = zy0;
+                    cx[l] = cx0;
+                    cy[l] = cy0;
+                    x2[l] = zx0 * zx0;
+                    y2[l] = zy0 * zy0;
+                    sx[l] = never;
+                    sy[l] = never;
+                    count[l] = 0;
+                    active[l] = -1;
+                    escaped[l] = 0;
+                    nextSave[l] = 0;
+                    interval[l] = steps;
+                    any = true;
+                }
+                if (!any)
+                    return;
+            }
+
+            // Save the orbit points due, doubling the interval to the next save each time.
+            const I save = active & (count >= nextSave);
+            sx = save ? zx : sx;
+            sy = save ? zy : sy;
+            nextSave = save ? count + interval : nextSave;
+            interval = save ? interval + interval : interval;
+
+            // No lane may pass its iteration limit within the run.
+            Int run = steps;
+            for (int l = 0; l < N; ++l)
+                if (active[l])
+                    run = std::min(run, Int(view.iterations) - count[l]);
+
+            if (view.smooth) {
+                for (Int k = 0; k < run; ++k)
+                    step<true>(zx, zy, x2, y2, cx, cy, sx, sy, ex, ey, count, active, escaped);
+            } else {
+                for (Int k = 0; k < run; ++k)
+                    step<false>(zx, zy, x2, y2, cx, cy, sx, sy, ex, ey, count, active, escaped);
+            }
+        }
+    }
+
+    template <bool keepEscape>
+    __attribute__((always_inline)) static inline void step(V &zx, V &zy, V &x2, V &y2, const V &cx, const V &cy,
+                                                           const V &sx, const V &sy, V &ex, V &ey, I &count,
+                                                           I &active, I &escaped)
+    {
+        // x = zx^2 - zy^2 + cx, y = 2 zx zy + cy, as the scalar loop; zx^2 and zy^2 are the
+        // previous step's x^2 and y^2.
+        const V nx = x2 - y2 + cx;
+        const V ny = T(2) * zx * zy + cy;
+        x2 = nx * nx;
+        y2 = ny * ny;
+        const I out = x2 + y2 > T(4);
+        const I leaving = active & out;
+        escaped |= leaving;
+        if (keepEscape) {
+            ex = leaving ? nx : ex;
+            ey = leaving ? ny : ey;
+        }
+        const I going = active & ~out;
+        count -= going;
+        active = going & ~((nx == sx) & (ny == sy));
+        zx = nx;
+        zy = ny;
+    }
+};
+
+// The widest vector kernels the processor runs, lowered by CHROMAXIS_SIMD ("avx2" or "none") so
+// that the tests can check every kernel on a machine that has the widest.
+enum class Simd
+{
+    None,
+    Avx2,
+    Avx512
+};
+
+Simd simd()
+{
+#if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__)
+    static const Simd level = [] {
+        const char *cap = std::getenv("CHROMAXIS_SIMD");
+        const std::string limit = cap ? cap : "";
+        if (limit == "none" || !__builtin_cpu_supports("avx2"))
+            return Simd::None;
+        if (limit == "avx2" || !__builtin_cpu_supports("avx512f"))
+            return Simd::Avx2;
+        return Simd::Avx512;
+    }();
+    return level;
+#else
+    return Simd::None;
+#endif
+}
+
+using KernelRun = void (*)(const View<float> &, const View<double> &, bool, const GeneratorGrid &, float *,
+                           Feed &);
+
+// Two vectors' worth of lanes a kernel: the loop's chain of dependent operations is long, and two
+// independent halves keep the vector units busy while one waits.
+void runPlain(const View<float> &f, const View<double> &d, bool useDouble, const GeneratorGrid &grid,
+              float *out, Feed &feed)
+{
+    if (useDouble)
+        Kernel<double, 4>::run(d, grid, out, feed);
+    else
+        Kernel<float, 8>::run(f, grid, out, feed);
+}
+
+#if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__)
+__attribute__((target("avx2"))) void runAvx2(const View<float> &f, const View<double> &d, bool useDouble,
+                                             const GeneratorGrid &grid, float *out, Feed &feed)
+{
+    if (useDouble)
+        Kernel<double, 8>::run(d, grid, out, feed);
+    else
+        Kernel<float, 16>::run(f, grid, out, feed);
+}
+
+__attribute__((target("avx512f"))) void runAvx512(const View<float> &f, const View<double> &d, bool useDouble,
+                                                  const GeneratorGrid &grid, float *out, Feed &feed)
+{
+    if (useDouble)
+        Kernel<double, 16>::run(d, grid, out, feed);
+    else
+        Kernel<float, 32>::run(f, grid, out, feed);
+}
+#endif
+
+KernelRun kernelRun()
+{
+#if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__)
+    switch (simd()) {
+    case Simd::Avx512:
+        return runAvx512;
+    case Simd::Avx2:
+        return runAvx2;
+    case Simd::None:
+        break;
+    }
+#endif
+    return runPlain;
+}
+
 bool escapeValues(const GeneratorSettings &settings, const GeneratorGrid &grid, std::vector<float> &out,
                   const FractalEvaluator::Progress &progress)
 {
-    const View<T> view(settings, isJuliaFamily(settings.name));
-    return forRows(grid.height, progress, [&](int first, int last) {
-        for (int y = first; y < last; ++y)
-            for (int x = 0; x < grid.width; ++x) {
-                float u, v;
-                grid.texCoord(x, y, u, v);
-                out[size_t(y) * size_t(grid.width) + size_t(x)] = view.at(u, v);
-            }
-    });
+    const bool julia = isJuliaFamily(settings.name);
+    const View<float> single(settings, julia);
+    const View<double> precise(settings, julia);
+    const bool useDouble = settings.precision == GeneratorSettings::Double;
+    const KernelRun run = kernelRun();
+    return onEveryCore(grid.height, progress,
+                       [&](Feed &feed) { run(single, precise, useDouble, grid, out.data(), feed); });
 }
 
 // The gasket's colour of texture coordinate (u, v), as ARGB.
@@ -227,9 +472,7 @@ bool values(const GeneratorSettings &settings, const GeneratorGrid &grid, std::v
     if (settings.name != QLatin1String("mandelbrot") && !isJuliaFamily(settings.name))
         return false;
     out.assign(size_t(grid.width) * size_t(grid.height), 0.0f);
-    if (settings.precision == GeneratorSettings::Double)
-        return escapeValues<double>(settings, grid, out, progress);
-    return escapeValues<float>(settings, grid, out, progress);
+    return escapeValues(settings, grid, out, progress);
 }
 
 QImage apollonian(const GeneratorSettings &settings, const GeneratorGrid &grid)
