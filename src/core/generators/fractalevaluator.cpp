@@ -7,7 +7,9 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <limits>
+#include <memory>
 #include <string>
 #include <thread>
 #include <type_traits>
@@ -41,21 +43,25 @@ template <class T> struct View
     {
     }
 
-    // The orbit's start z and constant c of texture coordinate (u, v).
-    void start(float u, float v, T &zx, T &zy, T &cx, T &cy) const
+    // The start of the orbit splits into a part of u alone and a part of v alone: z.x (Julia) or
+    // c.x (Mandelbrot) from u, z.y or c.y from v. A picture's columns share the first, its rows
+    // the second.
+    T fromU(float u) const
     {
-        const T tu = T(u), tv = T(v);
-        if (julia) {
-            zx = T(3) * (tu - T(0.5)) / zoom - offX;
-            zy = T(2) * (tv - T(0.5)) / zoom - offY;
-            cx = cr;
-            cy = ci;
-        } else {
-            cx = T(-0.5) + (tu - T(0.5)) * T(3) / zoom - offX;
-            cy = (tv - T(0.5)) * T(3) / zoom - offY;
-            zx = cx;
-            zy = cy;
-        }
+        return julia ? T(3) * (T(u) - T(0.5)) / zoom - offX : T(-0.5) + (T(u) - T(0.5)) * T(3) / zoom - offX;
+    }
+    T fromV(float v) const
+    {
+        return julia ? T(2) * (T(v) - T(0.5)) / zoom - offY : (T(v) - T(0.5)) * T(3) / zoom - offY;
+    }
+
+    // The orbit's start z and constant c from the parts of u and v.
+    void start(T a, T b, T &zx, T &zy, T &cx, T &cy) const
+    {
+        zx = a;
+        zy = b;
+        cx = julia ? cr : a;
+        cy = julia ? ci : b;
     }
 
     // The value of an orbit that stopped after i steps; (x, y) is the first point with
@@ -86,7 +92,7 @@ template <class T> struct View
     float at(float u, float v) const
     {
         T zx, zy, cx, cy;
-        start(u, v, zx, zy, cx, cy);
+        start(fromU(u), fromV(v), zx, zy, cx, cy);
         T x = 0, y = 0;
         int i = 0;
         for (; i < iterations; ++i) {
@@ -186,131 +192,51 @@ template <class Rows> bool forRows(int height, const FractalEvaluator::Progress 
     });
 }
 
-// The escape-time loop across the lanes of a vector, each lane its own pixel: a lane whose orbit
-// ends takes the next pixel at the following check, so the lanes stay busy however different the
-// pixels' counts are. Every lane computes exactly the scalar loop's operations in the same order,
-// so the counts and the escape points are the scalar loop's bit for bit. On top, a lane whose
-// orbit returns exactly onto a point it saved earlier (Brent's doubling intervals) is periodic:
-// it never escapes, which is the value 0 the full loop would give after all its iterations.
-template <class T, int N> struct Kernel
+// The parts of the orbits' starts by column and by row (View::fromU, View::fromV).
+template <class T> struct Starts
 {
-    using Int = std::conditional_t<sizeof(T) == 4, int32_t, int64_t>;
-    typedef T V __attribute__((vector_size(N * sizeof(T))));
-    typedef Int I __attribute__((vector_size(N * sizeof(T))));
+    std::vector<T> columns, rows;
 
-    // Steps between two checks of the lanes.
-    static constexpr int steps = 16;
-
-    __attribute__((always_inline)) static inline void run(const View<T> &view, const GeneratorGrid &grid,
-                                                          float *out, Feed &feed)
+    Starts(const View<T> &view, const GeneratorGrid &grid) : columns(size_t(grid.width)), rows(size_t(grid.height))
     {
-        V zx{}, zy{}, x2{}, y2{}, cx{}, cy{}, sx{}, sy{}, ex{}, ey{};
-        I count{}, active{}, escaped{}, nextSave{}, interval{};
-        int64_t pixel[N];
-        int64_t next = 0, end = 0; // the pixels of the current band still to start
-        bool more = true;
-        const T never = std::numeric_limits<T>::quiet_NaN();
-        for (int l = 0; l < N; ++l)
-            pixel[l] = -1;
-
-        for (;;) {
-            // Lanes at the iteration limit are done (never escaped, value 0).
-            active &= count < Int(view.iterations);
-            bool any = false, idle = false;
-            for (int l = 0; l < N; ++l) {
-                any |= active[l] != 0;
-                idle |= active[l] == 0;
-            }
-            if (idle) {
-                for (int l = 0; l < N; ++l) {
-                    if (active[l])
-                        continue;
-                    if (pixel[l] >= 0) {
-                        out[pixel[l]] = escaped[l] ? view.value(int(count[l]), ex[l], ey[l], cx[l], cy[l]) : 0.0f;
-                        pixel[l] = -1;
-                    }
-                    if (next == end && more) {
-                        int first, last;
-                        more = feed.next(first, last);
-                        if (more) {
-                            next = int64_t(first) * grid.width;
-                            end = int64_t(last) * grid.width;
-                        }
-                    }
-                    if (next == end)
-                        continue;
-                    const int64_t p = next++;
-                    float u, v;
-                    grid.texCoord(int(p % grid.width), int(p / grid.width), u, v);
-                    T zx0, zy0, cx0, cy0;
-                    view.start(u, v, zx0, zy0, cx0, cy0);
-                    pixel[l] = p;
-                    zx[l] = zx0;
-                    zy[l] = zy0;
-                    cx[l] = cx0;
-                    cy[l] = cy0;
-                    x2[l] = zx0 * zx0;
-                    y2[l] = zy0 * zy0;
-                    sx[l] = never;
-                    sy[l] = never;
-                    count[l] = 0;
-                    active[l] = -1;
-                    escaped[l] = 0;
-                    nextSave[l] = 0;
-                    interval[l] = steps;
-                    any = true;
-                }
-                if (!any)
-                    return;
-            }
-
-            // Save the orbit points due, doubling the interval to the next save each time.
-            const I save = active & (count >= nextSave);
-            sx = save ? zx : sx;
-            sy = save ? zy : sy;
-            nextSave = save ? count + interval : nextSave;
-            interval = save ? interval + interval : interval;
-
-            // No lane may pass its iteration limit within the run.
-            Int run = steps;
-            for (int l = 0; l < N; ++l)
-                if (active[l])
-                    run = std::min(run, Int(view.iterations) - count[l]);
-
-            if (view.smooth) {
-                for (Int k = 0; k < run; ++k)
-                    step<true>(zx, zy, x2, y2, cx, cy, sx, sy, ex, ey, count, active, escaped);
-            } else {
-                for (Int k = 0; k < run; ++k)
-                    step<false>(zx, zy, x2, y2, cx, cy, sx, sy, ex, ey, count, active, escaped);
-            }
+        float u, v;
+        for (int x = 0; x < grid.width; ++x) {
+            grid.texCoord(x, 0, u, v);
+            columns[size_t(x)] = view.fromU(u);
+        }
+        for (int y = 0; y < grid.height; ++y) {
+            grid.texCoord(0, y, u, v);
+            rows[size_t(y)] = view.fromV(v);
         }
     }
+};
 
-    template <bool keepEscape>
-    __attribute__((always_inline)) static inline void step(V &zx, V &zy, V &x2, V &y2, const V &cx, const V &cy,
-                                                           const V &sx, const V &sy, V &ex, V &ey, I &count,
-                                                           I &active, I &escaped)
+// The pixels of one thread in order, band after band from its feed.
+class PixelStream
+{
+public:
+    PixelStream(Feed &feed, int width) : m_feed(feed), m_width(width), m_x(width) {}
+
+    bool next(int &x, int &y)
     {
-        // x = zx^2 - zy^2 + cx, y = 2 zx zy + cy, as the scalar loop; zx^2 and zy^2 are the
-        // previous step's x^2 and y^2.
-        const V nx = x2 - y2 + cx;
-        const V ny = T(2) * zx * zy + cy;
-        x2 = nx * nx;
-        y2 = ny * ny;
-        const I out = x2 + y2 > T(4);
-        const I leaving = active & out;
-        escaped |= leaving;
-        if (keepEscape) {
-            ex = leaving ? nx : ex;
-            ey = leaving ? ny : ey;
+        if (m_x == m_width) {
+            if (!m_more)
+                return false;
+            if (++m_y >= m_last && !(m_more = m_feed.next(m_y, m_last)))
+                return false;
+            m_x = 0;
         }
-        const I going = active & ~out;
-        count -= going;
-        active = going & ~((nx == sx) & (ny == sy));
-        zx = nx;
-        zy = ny;
+        x = m_x++;
+        y = m_y;
+        return true;
     }
+
+private:
+    Feed &m_feed;
+    int m_width;
+    int m_x; // m_x == m_width: the row is done
+    int m_y = -1, m_last = 0;
+    bool m_more = true;
 };
 
 // The widest vector kernels the processor runs, lowered by CHROMAXIS_SIMD ("avx2" or "none") so
@@ -340,38 +266,61 @@ Simd simd()
 #endif
 }
 
-using KernelRun = void (*)(const View<float> &, const View<double> &, bool, const GeneratorGrid &, float *,
-                           Feed &);
-
-// Two vectors' worth of lanes a kernel: the loop's chain of dependent operations is long, and two
-// independent halves keep the vector units busy while one waits.
-void runPlain(const View<float> &f, const View<double> &d, bool useDouble, const GeneratorGrid &grid,
-              float *out, Feed &feed)
+struct Job
 {
-    if (useDouble)
-        Kernel<double, 4>::run(d, grid, out, feed);
+    View<float> single;
+    View<double> precise;
+    bool useDouble;
+    const Starts<float> *singleStarts;
+    const Starts<double> *preciseStarts;
+    const GeneratorGrid &grid;
+    float *out;
+};
+
+using KernelRun = void (*)(const Job &, Feed &);
+
+namespace plain {
+#include "generators/fractalkernel.h"
+
+void run(const Job &job, Feed &feed)
+{
+    if (job.useDouble)
+        Kernel<double, 2, 2>::run(job.precise, *job.preciseStarts, job.grid, job.out, feed);
     else
-        Kernel<float, 8>::run(f, grid, out, feed);
+        Kernel<float, 4, 2>::run(job.single, *job.singleStarts, job.grid, job.out, feed);
 }
+} // namespace plain
 
 #if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__)
-__attribute__((target("avx2"))) void runAvx2(const View<float> &f, const View<double> &d, bool useDouble,
-                                             const GeneratorGrid &grid, float *out, Feed &feed)
-{
-    if (useDouble)
-        Kernel<double, 8>::run(d, grid, out, feed);
-    else
-        Kernel<float, 16>::run(f, grid, out, feed);
-}
+#pragma GCC push_options
+#pragma GCC target("avx2")
+namespace avx2 {
+#include "generators/fractalkernel.h"
 
-__attribute__((target("avx512f"))) void runAvx512(const View<float> &f, const View<double> &d, bool useDouble,
-                                                  const GeneratorGrid &grid, float *out, Feed &feed)
+void run(const Job &job, Feed &feed)
 {
-    if (useDouble)
-        Kernel<double, 16>::run(d, grid, out, feed);
+    if (job.useDouble)
+        Kernel<double, 4, 2>::run(job.precise, *job.preciseStarts, job.grid, job.out, feed);
     else
-        Kernel<float, 32>::run(f, grid, out, feed);
+        Kernel<float, 8, 2>::run(job.single, *job.singleStarts, job.grid, job.out, feed);
 }
+} // namespace avx2
+#pragma GCC pop_options
+
+#pragma GCC push_options
+#pragma GCC target("avx512f")
+namespace avx512 {
+#include "generators/fractalkernel.h"
+
+void run(const Job &job, Feed &feed)
+{
+    if (job.useDouble)
+        Kernel<double, 8, 2>::run(job.precise, *job.preciseStarts, job.grid, job.out, feed);
+    else
+        Kernel<float, 16, 2>::run(job.single, *job.singleStarts, job.grid, job.out, feed);
+}
+} // namespace avx512
+#pragma GCC pop_options
 #endif
 
 KernelRun kernelRun()
@@ -379,26 +328,33 @@ KernelRun kernelRun()
 #if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__)
     switch (simd()) {
     case Simd::Avx512:
-        return runAvx512;
+        return avx512::run;
     case Simd::Avx2:
-        return runAvx2;
+        return avx2::run;
     case Simd::None:
         break;
     }
 #endif
-    return runPlain;
+    return plain::run;
 }
 
 bool escapeValues(const GeneratorSettings &settings, const GeneratorGrid &grid, std::vector<float> &out,
                   const FractalEvaluator::Progress &progress)
 {
     const bool julia = isJuliaFamily(settings.name);
-    const View<float> single(settings, julia);
-    const View<double> precise(settings, julia);
     const bool useDouble = settings.precision == GeneratorSettings::Double;
+    Job job{View<float>(settings, julia), View<double>(settings, julia), useDouble, nullptr, nullptr, grid,
+            out.data()};
+    std::unique_ptr<Starts<float>> singleStarts;
+    std::unique_ptr<Starts<double>> preciseStarts;
+    if (useDouble)
+        preciseStarts = std::make_unique<Starts<double>>(job.precise, grid);
+    else
+        singleStarts = std::make_unique<Starts<float>>(job.single, grid);
+    job.singleStarts = singleStarts.get();
+    job.preciseStarts = preciseStarts.get();
     const KernelRun run = kernelRun();
-    return onEveryCore(grid.height, progress,
-                       [&](Feed &feed) { run(single, precise, useDouble, grid, out.data(), feed); });
+    return onEveryCore(grid.height, progress, [&](Feed &feed) { run(job, feed); });
 }
 
 // The gasket's colour of texture coordinate (u, v), as ARGB.
