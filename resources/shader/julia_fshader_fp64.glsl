@@ -32,13 +32,19 @@ void main()
     z.x = 3.0 * (uv.x - 0.5) / zoom - off.x;
     z.y = 2.0 * (uv.y - 0.5) / zoom - off.y;
 
+    // The squares of one step are the next step's: computed once, they are also never fused
+    // into a multiply-add, which would round differently from the processor's evaluation.
     precise double x = 0.0;
     precise double y = 0.0;
+    precise double x2 = z.x * z.x;
+    precise double y2 = z.y * z.y;
     int i;
     for (i = 0; i < iter; i++) {
-        x = z.x * z.x - z.y * z.y + c.x;
+        x = x2 - y2 + c.x;
         y = 2.0 * z.x * z.y + c.y;
-        if (x * x + y * y > 4.0)
+        x2 = x * x;
+        y2 = y * y;
+        if (x2 + y2 > 4.0)
             break;
         z = dvec2(x, y);
     }
@@ -48,13 +54,15 @@ void main()
         if (smoothing != 0) {
             // Carried on to |z|^2 > 65536 first: at radius 2 the fractional count jumps by up to
             // a band at the band edges.
-            for (int k = 0; k < 8 && x * x + y * y <= 65536.0; k++) {
-                precise double nx = x * x - y * y + c.x;
+            for (int k = 0; k < 8 && x2 + y2 <= 65536.0; k++) {
+                precise double nx = x2 - y2 + c.x;
                 y = 2.0 * x * y + c.y;
                 x = nx;
+                x2 = x * x;
+                y2 = y * y;
                 i++;
             }
-            value = mod((float(i) + 1.0 - log2(log(float(sqrt(x * x + y * y))))) / norm, 1.0);
+            value = mod((float(i) + 1.0 - log2(log(float(sqrt(x2 + y2))))) / norm, 1.0);
         } else {
             value = mod(float(i) / norm, 1.0);
         }

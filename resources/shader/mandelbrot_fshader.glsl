@@ -30,13 +30,19 @@ void main()
     c.y = (uv.y - 0.5) * 3.0 / zoom - off.y;
 
     vec2 z = c;
+    // The squares of one step are the next step's: computed once, they are also never fused
+    // into a multiply-add, which would round differently from the processor's evaluation.
     float x = 0.0;
     float y = 0.0;
+    float x2 = z.x * z.x;
+    float y2 = z.y * z.y;
     int i;
     for (i = 0; i < iter; i++) {
-        x = z.x * z.x - z.y * z.y + c.x;
+        x = x2 - y2 + c.x;
         y = 2.0 * z.x * z.y + c.y;
-        if (x * x + y * y > 4.0)
+        x2 = x * x;
+        y2 = y * y;
+        if (x2 + y2 > 4.0)
             break;
         z = vec2(x, y);
     }
@@ -47,13 +53,15 @@ void main()
         if (smooth != 0) {
             // Carried on to |z|^2 > 65536 first: at radius 2 the fractional count jumps by up to
             // a band at the band edges.
-            for (int k = 0; k < 8 && x * x + y * y <= 65536.0; k++) {
-                float nx = x * x - y * y + c.x;
+            for (int k = 0; k < 8 && x2 + y2 <= 65536.0; k++) {
+                float nx = x2 - y2 + c.x;
                 y = 2.0 * x * y + c.y;
                 x = nx;
+                x2 = x * x;
+                y2 = y * y;
                 i++;
             }
-            value = mod((float(i) + 1.0 - log2(log(sqrt(x * x + y * y)))) / norm, 1.0);
+            value = mod((float(i) + 1.0 - log2(log(sqrt(x2 + y2)))) / norm, 1.0);
         } else {
             value = mod(float(i) / norm, 1.0);
         }
