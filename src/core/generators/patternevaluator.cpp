@@ -83,10 +83,9 @@ Uniforms uniformsOf(const GeneratorSettings &settings)
     else
         throw DescribedException(QStringLiteral("Unknown generator"),
                                  QStringLiteral("%1 is not a pattern generator.").arg(settings.name));
-    // The dialogs offer only the listed methods and shapes; anything else falls back on the
-    // first, as the renderer does when it picks the shader.
-    const int methods = u.kind == Uniforms::Noise ? 6 : 3;
-    u.method = settings.method >= 0 && settings.method < methods ? settings.method : 0;
+    // The dialogs offer only the listed methods and shapes; a number beyond them takes the
+    // nearest, as the renderer does when it picks the shader.
+    u.method = std::clamp(settings.method, 0, u.kind == Uniforms::Noise ? 5 : 2);
     u.offX = float(settings.xoff);
     u.offY = float(settings.yoff);
     u.offZ = float(settings.zoff);
