@@ -1,5 +1,6 @@
 #include "generators/generatorgl.h"
 
+#include <QFile>
 #include <QOpenGLContext>
 #include <QOpenGLFunctions>
 #include <QOpenGLFunctions_2_1>
@@ -105,6 +106,11 @@ bool GeneratorGL::Private::buildProgram(const QString &fragment, QString *error)
     program.reset();
     uniforms.clear();
     programShader.clear();
+    if (!QFile::exists(fragment)) {
+        if (error)
+            *error = QStringLiteral("The shader %1 does not exist.").arg(fragment);
+        return false;
+    }
     auto p = std::make_unique<QOpenGLShaderProgram>();
     const bool built = p->addShaderFromSourceFile(QOpenGLShader::Vertex, vertexShader)
                        && p->addShaderFromSourceFile(QOpenGLShader::Fragment, fragment) && p->link();
@@ -243,6 +249,8 @@ bool GeneratorGL::drawWith(const QString &fragment, const GeneratorSettings &set
     d->setUniform(f, QStringLiteral("zoom"), {s.zoom, 0, 0, 0});
     d->setUniform(f, QStringLiteral("c"), {s.cr, s.ci, 0, 0});
     d->setUniform(f, QStringLiteral("smooth"), {s.smooth ? 1.0 : 0.0, 0, 0, 0});
+    // "smooth" is a keyword from GLSL 1.30 on: the double-precision shaders call it "smoothing".
+    d->setUniform(f, QStringLiteral("smoothing"), {s.smooth ? 1.0 : 0.0, 0, 0, 0});
     d->setUniform(f, QStringLiteral("off"), {s.xoff, s.yoff, s.zoff, 0});
     d->setUniform(f, QStringLiteral("scale"), {s.xadd, s.yadd, 1, 1});
     d->setUniform(f, QStringLiteral("p1"), {0.5, 0.5, 0, 0});
