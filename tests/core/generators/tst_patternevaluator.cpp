@@ -441,6 +441,39 @@ private slots:
         QVERIFY(*hi - *lo > 0.2f);
     }
 
+    // The settings' extremes still give values the read-back can encode, never a NaN.
+    void extremeSettingsStayFinite_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<int>("method");
+        QTest::addColumn<double>("offset");
+        QTest::addColumn<double>("step");
+        QTest::addColumn<double>("scale"); // zoom and norm
+        const QList<QList<double>> extremes{{1e9, 1e9, 1e12}, {-1e9, -1e9, 1e-9}, {0, 0, 1e-9}, {-1e9, 1e-9, 1e12}};
+        for (const auto &e : extremes) {
+            for (int m = 0; m < 6; ++m)
+                QTest::addRow("noise %d %g %g", m, e[0], e[1]) << "noise" << m << e[0] << e[1] << e[2];
+            for (int m = 0; m < 3; ++m)
+                QTest::addRow("gradient %d %g %g", m, e[0], e[1]) << "gradient" << m << e[0] << e[1] << e[2];
+            QTest::addRow("moiree %g %g %g", e[0], e[1], e[2]) << "moiree" << 0 << e[0] << e[1] << e[2];
+        }
+    }
+    void extremeSettingsStayFinite()
+    {
+        QFETCH(QString, name);
+        QFETCH(int, method);
+        QFETCH(double, offset);
+        QFETCH(double, step);
+        QFETCH(double, scale);
+        GeneratorSettings s = patternSettings(name, method, offset, -offset, offset, step, -step);
+        s.zoom = scale;
+        s.norm = scale;
+        for (float x : picture(s, 16, 9)) {
+            QVERIFY(std::isfinite(x));
+            QVERIFY(x <= 1.0f);
+        }
+    }
+
     // The whole picture is the one-pixel formula at every pixel's texture coordinate, for square,
     // wide and tall pictures.
     void valueAtMatchesValues_data()
