@@ -4,7 +4,7 @@
 // their time as a ratio to it ("x_scalar"), measured in the same run. Targets: OpenGL at most
 // 0.3x the scalar loop, the evaluator at most 0.5x.
 #include "generators/fractalevaluator.h"
-#include "generators/offscreenrenderer.h"
+#include "generators/imagegenerator.h"
 #include "palette/describedexception.h"
 
 #include <QGuiApplication>
@@ -123,7 +123,7 @@ void BM_OpenGl(benchmark::State &state)
     for (auto _ : state) {
         const auto start = Clock::now();
         try {
-            const GeneratorRaster raster = OffscreenRenderer::render(s, grey);
+            const GeneratorRaster raster = ImageGenerator::render(s, grey, ImageGenerator::Renderer::Gl);
             benchmark::DoNotOptimize(raster.values.data());
         } catch (const DescribedException &e) {
             state.SkipWithError(e.what());
