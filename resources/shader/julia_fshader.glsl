@@ -37,8 +37,12 @@ void main()
     float y = 0.0;
     float x2 = z.x * z.x;
     float y2 = z.y * z.y;
+    // The first steps, where most orbits end, as written. The orbits still going after them are
+    // checked for a cycle as well: one that comes back exactly onto a point it passed repeats for
+    // ever and never escapes, so it stops there with the value the full count would give.
+    int first = iter < 1024 ? iter : 1024;
     int i;
-    for (i = 0; i < iter; i++) {
+    for (i = 0; i < first; i++) {
         x = x2 - y2 + c.x;
         y = 2.0 * z.x * z.y + c.y;
         x2 = x * x;
@@ -46,6 +50,27 @@ void main()
         if (x2 + y2 > 4.0)
             break;
         z = vec2(x, y);
+    }
+    if (i == first) {
+        vec2 saved = z;
+        int save = first + first;
+        for (; i < iter; i++) {
+            x = x2 - y2 + c.x;
+            y = 2.0 * z.x * z.y + c.y;
+            x2 = x * x;
+            y2 = y * y;
+            if (x2 + y2 > 4.0)
+                break;
+            z = vec2(x, y);
+            if (z == saved) {
+                i = iter;
+                break;
+            }
+            if (i == save) {
+                saved = z;
+                save += save;
+            }
+        }
     }
 
     // A point that never escapes is 0, the palette's first colour.

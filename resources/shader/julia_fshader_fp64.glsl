@@ -38,8 +38,12 @@ void main()
     precise double y = 0.0;
     precise double x2 = z.x * z.x;
     precise double y2 = z.y * z.y;
+    // The first steps, where most orbits end, as written. The orbits still going after them are
+    // checked for a cycle as well: one that comes back exactly onto a point it passed repeats for
+    // ever and never escapes, so it stops there with the value the full count would give.
+    int first = iter < 1024 ? iter : 1024;
     int i;
-    for (i = 0; i < iter; i++) {
+    for (i = 0; i < first; i++) {
         x = x2 - y2 + c.x;
         y = 2.0 * z.x * z.y + c.y;
         x2 = x * x;
@@ -47,6 +51,27 @@ void main()
         if (x2 + y2 > 4.0)
             break;
         z = dvec2(x, y);
+    }
+    if (i == first) {
+        dvec2 saved = z;
+        int save = first + first;
+        for (; i < iter; i++) {
+            x = x2 - y2 + c.x;
+            y = 2.0 * z.x * z.y + c.y;
+            x2 = x * x;
+            y2 = y * y;
+            if (x2 + y2 > 4.0)
+                break;
+            z = dvec2(x, y);
+            if (z == saved) {
+                i = iter;
+                break;
+            }
+            if (i == save) {
+                saved = z;
+                save += save;
+            }
+        }
     }
 
     float value = 0.0;

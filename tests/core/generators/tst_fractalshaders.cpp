@@ -84,6 +84,9 @@ private slots:
             add("mandelbrot zoom 30000", deep("mandelbrot", 5000, 5000, 0.90113, 0, 30000));
             add("mandelbrot zoom 6000", deep("mandelbrot", 5000, 1000, -0.37216, -0.842, 6000));
             add("julia zoom 1102", deep("julia", 1000, 100, -0.11568, -0.20234, 1102.22, 0.0125, 0.76875));
+            // Long orbits inside the sets, which the shaders end early at a cycle.
+            add("whole set 5000", deep("mandelbrot", 5000, 60, 0, 0, 1));
+            add("julia 5000 with an inside", deep("julia", 5000, 100, 0, 0, 0.9, -0.225, 0.68125));
         }
     }
 
