@@ -15,8 +15,13 @@
 #                    (default: build/bench/bench_generators)
 #   XAOS             XaoS (default: from PATH)
 #   RUNS             runs of each command; the fastest counts (default 3)
-# The OpenGL renders run under xvfb-run (llvmpipe without a graphics card).
+# Without a display the script runs itself under xvfb-run, so the OpenGL renders (llvmpipe without
+# a graphics card) find one without each paying for the start of an X server.
 set -euo pipefail
+
+if [[ -z ${DISPLAY:-} ]]; then
+    exec xvfb-run -a -s "-screen 0 1600x1200x24" "$0" "$@"
+fi
 
 root=$(cd "$(dirname "$0")/.." && pwd)
 cli=${CHROMAXIS_CLI:-$root/build/src/cli/chromaxis-cli}
@@ -29,7 +34,7 @@ if ! command -v "$xaos" > /dev/null; then
     DEBIAN_FRONTEND=noninteractive apt-get install -y xaos > /dev/null
     xaos=xaos
 fi
-for tool in bc /usr/bin/time xvfb-run; do
+for tool in bc /usr/bin/time; do
     if ! command -v "$tool" > /dev/null; then
         echo "$0: $tool not found" >&2
         exit 1
@@ -79,13 +84,12 @@ for view in preset whole; do
         # shellcheck disable=SC2086
         c=$(fastest "$cli" generate mandelbrot "$work/out.npy" --size 1024x1024 ${settings[$view]} --renderer cpu)
         # shellcheck disable=SC2086
-        g=$(fastest xvfb-run -a -s "-screen 0 1600x1200x24" "$cli" generate mandelbrot "$work/out.npy" \
-            --size 1024x1024 ${settings[$view]} --renderer gl)
+        g=$(fastest "$cli" generate mandelbrot "$work/out.npy" --size 1024x1024 ${settings[$view]} --renderer gl)
     else
         # The benchmark's own figures for the same renders, in seconds.
         index=$([[ $view == preset ]] && echo 0 || echo 2)
-        xvfb-run -a -s "-screen 0 1600x1200x24" "$bench" --benchmark_filter="BM_(CpuEvaluator|OpenGl)/$index/" \
-            --benchmark_format=csv > "$work/bench.csv" 2> /dev/null
+        "$bench" --benchmark_filter="BM_(CpuEvaluator|OpenGl)/$index/" --benchmark_format=csv \
+            > "$work/bench.csv" 2> /dev/null
         c=$(grep CpuEvaluator "$work/bench.csv" | cut -d, -f3 | awk '{ printf "%.3f", $1 / 1000 }')
         g=$(grep OpenGl "$work/bench.csv" | cut -d, -f3 | awk '{ printf "%.3f", $1 / 1000 }')
     fi
