@@ -24,11 +24,11 @@ bool isJuliaFamily(const QString &name)
     return name == QLatin1String("julia") || name == QLatin1String("ifs") || name == QLatin1String("plasma");
 }
 
-// The view of one escape-time render in the arithmetic T of its orbits. The value's own
-// arithmetic (count / norm, the palette cycle) is float in both, as in the shaders.
 // The most steps the smooth count carries an orbit on after its escape.
 constexpr int smoothSteps = 8;
 
+// The view of one escape-time render in the arithmetic T of its orbits. The value's own
+// arithmetic (count / norm, the palette cycle) is float in both, as in the shaders.
 template <class T> struct View
 {
     T offX, offY, zoom, cr, ci;
