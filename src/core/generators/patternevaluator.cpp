@@ -3,6 +3,7 @@
 #include "palette/describedexception.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <thread>
 
@@ -381,30 +382,38 @@ float valueAt(const GeneratorSettings &settings, float u, float v)
 
 void values(const GeneratorSettings &settings, const GeneratorGrid &grid, std::vector<float> &out)
 {
+    values(settings, grid, out, Progress());
+}
+
+bool values(const GeneratorSettings &settings, const GeneratorGrid &grid, std::vector<float> &out,
+            const Progress &progress)
+{
     const Uniforms un = uniformsOf(settings);
     const int width = std::max(0, grid.width), height = std::max(0, grid.height);
     out.assign(size_t(width) * size_t(height), 0.0f);
-    auto rows = [&](int first, int last) {
-        for (int y = first; y < last; ++y) {
-            float *row = out.data() + size_t(y) * size_t(width);
-            for (int x = 0; x < width; ++x) {
-                float u, v;
-                grid.texCoord(x, y, u, v);
-                row[x] = valueOf(un, u, v);
-            }
-        }
-    };
-    // Rows are independent; interleaved bands keep the cores equally busy where one part of the
-    // picture is dearer than another.
-    const int workers = std::max(1, std::min(int(std::thread::hardware_concurrency()), height / 16));
-    if (workers <= 1) {
-        rows(0, height);
-        return;
-    }
+    // Rows are independent. Workers take interleaved bands, so that the cores stay equally busy
+    // where one part of the picture is dearer than another; the calling thread reports progress
+    // after each of its bands, and a cancel stops every worker at its next band.
     constexpr int band = 8;
+    const int workers = std::max(1, std::min(int(std::thread::hardware_concurrency()), (height + band - 1) / band));
+    std::atomic<int> rowsDone{0};
+    std::atomic<bool> cancelled{false};
     auto worker = [&](int w) {
-        for (int first = w * band; first < height; first += workers * band)
-            rows(first, std::min(height, first + band));
+        for (int first = w * band; first < height && !cancelled.load(std::memory_order_relaxed);
+             first += workers * band) {
+            const int last = std::min(height, first + band);
+            for (int y = first; y < last; ++y) {
+                float *row = out.data() + size_t(y) * size_t(width);
+                for (int x = 0; x < width; ++x) {
+                    float u, v;
+                    grid.texCoord(x, y, u, v);
+                    row[x] = valueOf(un, u, v);
+                }
+            }
+            const int done = rowsDone.fetch_add(last - first) + (last - first);
+            if (w == 0 && progress && !progress(int(qint64(done) * 100 / height)))
+                cancelled = true;
+        }
     };
     std::vector<std::thread> threads;
     for (int w = 1; w < workers; ++w)
@@ -412,6 +421,12 @@ void values(const GeneratorSettings &settings, const GeneratorGrid &grid, std::v
     worker(0);
     for (std::thread &t : threads)
         t.join();
+    if (cancelled)
+        return false;
+    // The calling thread's last band may end before the other workers' last ones.
+    if (progress)
+        progress(100);
+    return true;
 }
 
 } // namespace PatternEvaluator

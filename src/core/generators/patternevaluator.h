@@ -3,6 +3,7 @@
 #include "generators/generatorgrid.h"
 #include "generators/generatorsettings.h"
 
+#include <functional>
 #include <vector>
 
 // The pattern generators ("noise", "gradient", "moiree") evaluated on the processor, in float as
@@ -10,8 +11,14 @@
 // where no OpenGL context can be made.
 namespace PatternEvaluator {
 
+// Progress in percent, reported on the calling thread; returning false cancels.
+using Progress = std::function<bool(int)>;
+
 // Raw values (before the read-back encoding) for every pixel of grid, row 0 at the top.
 void values(const GeneratorSettings &settings, const GeneratorGrid &grid, std::vector<float> &out);
+// The same with progress; false when progress cancelled (out is then incomplete).
+bool values(const GeneratorSettings &settings, const GeneratorGrid &grid, std::vector<float> &out,
+            const Progress &progress);
 
 // One pixel at texture coordinate (u, v).
 float valueAt(const GeneratorSettings &settings, float u, float v);

@@ -535,6 +535,33 @@ private slots:
         QCOMPARE(picture(beyond, 20, 20), picture(listed, 20, 20));
     }
 
+    // Progress counts up to 100 on the calling thread; a cancel stops the evaluation.
+    void progressAndCancelling()
+    {
+        GeneratorSettings s = patternSettings("noise", 1, 2.5, 1.5, 0.3, 7, 5);
+        const GeneratorGrid grid{50, 300};
+        QList<int> reported;
+        std::vector<float> withProgress;
+        const QThread *caller = QThread::currentThread();
+        bool sameThread = true;
+        QVERIFY(PatternEvaluator::values(s, grid, withProgress, [&](int percent) {
+            sameThread = sameThread && QThread::currentThread() == caller;
+            reported.append(percent);
+            return true;
+        }));
+        QVERIFY(sameThread);
+        QVERIFY(!reported.isEmpty());
+        QVERIFY(std::is_sorted(reported.begin(), reported.end()));
+        QVERIFY(reported.first() > 0);
+        QCOMPARE(reported.last(), 100);
+        QCOMPARE(withProgress, picture(s, 50, 300));
+
+        int calls = 0;
+        std::vector<float> cancelled;
+        QVERIFY(!PatternEvaluator::values(s, grid, cancelled, [&](int) { return ++calls < 2; }));
+        QCOMPARE(calls, 2);
+    }
+
     void otherGeneratorsAreRefused()
     {
         GeneratorSettings s = GeneratorSettings::defaults("mandelbrot");
