@@ -11,6 +11,7 @@
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QPdfWriter>
+#include <QRegularExpression>
 #include <QSaveFile>
 #include <QTextBlock>
 #include <QTextCursor>
@@ -142,7 +143,10 @@ bool writeHtml(const QString &dir, const std::vector<std::unique_ptr<ManualPage>
     if (!QDir().mkpath(dir))
         return fail(QStringLiteral("cannot create %1").arg(dir));
     for (const auto &page : pages) {
-        if (!writeAll(QDir(dir).filePath(page->htmlName()), page->document->toHtml("utf-8").toUtf8()))
+        // The body's font is the builder's default; the help window's own font reads better.
+        QString html = page->document->toHtml("utf-8");
+        html.replace(QRegularExpression(QStringLiteral("<body style=\"[^\"]*\">")), QStringLiteral("<body>"));
+        if (!writeAll(QDir(dir).filePath(page->htmlName()), html.toUtf8()))
             return false;
         for (auto it = page->images.cbegin(); it != page->images.cend(); ++it) {
             const QString path = QDir(dir).filePath(it.key());

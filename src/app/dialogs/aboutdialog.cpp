@@ -20,6 +20,8 @@ AboutDialog::AboutDialog(const QString &version, QWidget *parent) : QDialog(pare
     label->setTextFormat(Qt::RichText);
     label->setTextInteractionFlags(Qt::TextBrowserInteraction);
     label->setOpenExternalLinks(true);
+    label->setWordWrap(true);
+    label->setMinimumWidth(420);
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok);
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     auto *row = new QHBoxLayout;

@@ -42,7 +42,7 @@ HelpWidget::HelpWidget(const QString &collectionFile, QWidget *parent) : QWidget
     auto *splitter = new QSplitter(Qt::Horizontal);
     splitter->addWidget(m_tabs);
     splitter->addWidget(m_browser);
-    splitter->setStretchFactor(1, 3);
+    splitter->setSizes({260, 640});
     m_frame->setCentralWidget(splitter);
 
     auto *searchPane = new QWidget;
@@ -60,6 +60,7 @@ HelpWidget::HelpWidget(const QString &collectionFile, QWidget *parent) : QWidget
     m_searchDock->setFeatures(QDockWidget::DockWidgetClosable);
     m_searchDock->setWidget(searchPane);
     m_frame->addDockWidget(Qt::LeftDockWidgetArea, m_searchDock);
+    m_frame->resizeDocks({m_searchDock}, {220}, Qt::Horizontal);
 
     createActions();
 
@@ -77,11 +78,15 @@ HelpWidget::HelpWidget(const QString &collectionFile, QWidget *parent) : QWidget
     connect(m_searchEngine, &QHelpSearchEngine::indexingFinished, this, &HelpWidget::indexingFinished);
     connect(m_results, &QListWidget::itemActivated, this, &HelpWidget::openFoundSite);
     connect(m_browser, &QTextBrowser::sourceChanged, this, &HelpWidget::update);
+    connect(m_engine->contentModel(), &QHelpContentModel::contentsCreated, this, [this]() {
+        m_engine->contentWidget()->expandToDepth(0);
+        update(m_browser->source());
+    });
     connect(m_browser, &QTextBrowser::historyChanged, this, &HelpWidget::updateButtons);
 
     // The search engine (re)builds its index by itself once the setup is done.
     m_engine->setupData();
-    resize(960, 680);
+    resize(1120, 720);
     goHome();
     updateButtons();
 }
