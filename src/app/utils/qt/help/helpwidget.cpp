@@ -17,8 +17,16 @@
 #include <QMainWindow>
 #include <QSplitter>
 #include <QTabWidget>
+#include <QTimer>
 #include <QToolBar>
 #include <QVBoxLayout>
+
+namespace {
+
+// How long the index may take to say that it has started before searches stop waiting for it.
+constexpr int indexingStartLimitMs = 5000;
+
+} // namespace
 
 HelpWidget::HelpWidget(const QString &collectionFile, QWidget *parent) : QWidget(parent)
 {
@@ -84,8 +92,15 @@ HelpWidget::HelpWidget(const QString &collectionFile, QWidget *parent) : QWidget
     });
     connect(m_browser, &QTextBrowser::historyChanged, this, &HelpWidget::updateButtons);
 
-    // The search engine (re)builds its index by itself once the setup is done.
-    m_engine->setupData();
+    // The search engine brings its index up to date by itself once the setup is done, in a
+    // thread that reports its start only later: a search typed meanwhile must wait as well.
+    if (m_engine->setupData()) {
+        indexingStarted();
+        QTimer::singleShot(indexingStartLimitMs, this, [this]() {
+            if (!m_indexingReported && m_indexing)
+                indexingFinished();
+        });
+    }
     resize(1120, 720);
     goHome();
     updateButtons();
@@ -161,6 +176,8 @@ void HelpWidget::startSearch()
 
 void HelpWidget::indexingStarted()
 {
+    if (sender())
+        m_indexingReported = true;
     m_indexing = true;
     m_searchState->setText(tr("Indexing..."));
 }

@@ -61,5 +61,6 @@ private:
     QAction *m_forward = nullptr;
     QAction *m_search = nullptr;
     bool m_indexing = false;
+    bool m_indexingReported = false;
     bool m_searchPending = false;
 };
