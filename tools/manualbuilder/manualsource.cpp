@@ -116,6 +116,9 @@ std::unique_ptr<ManualPage> makePage(const QString &id, const QString &markdown,
 QStringList orderPages(const QStringList &ids, const QStringList &order)
 {
     QStringList out;
+    // The help window's home page is the root of the contents wherever it was listed.
+    if (ids.contains(QStringLiteral("index")))
+        out << QStringLiteral("index");
     for (const QString &id : order) {
         if (ids.contains(id) && !out.contains(id))
             out << id;

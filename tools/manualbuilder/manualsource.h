@@ -43,8 +43,9 @@ QString pageId(const QString &fileName);
 std::unique_ptr<ManualPage> makePage(const QString &id, const QString &markdown, const QString &baseDir,
                                      const QStringList &knownIds, QString *error);
 
-// Orders page ids: the ids of order first, in that order (those missing are skipped), then every
-// other page in alphabetical order, so a page nobody listed still joins the manual.
+// Orders page ids: "index" (the home page) first, then the ids of order in that order (those
+// missing are skipped), then every other page in alphabetical order, so a page nobody listed
+// still joins the manual.
 QStringList orderPages(const QStringList &ids, const QStringList &order);
 
 // The Markdown page that lists every menu command of the window, built from the action
