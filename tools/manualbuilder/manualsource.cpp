@@ -61,6 +61,10 @@ std::unique_ptr<ManualPage> makePage(const QString &id, const QString &markdown,
 
     std::map<QString, int> seen; // repeated headings get "-1", "-2", ... as on the web
     for (QTextBlock block = doc->begin(); block.isValid(); block = block.next()) {
+        // A list item that starts in bold carries bold as its block format too, and the HTML
+        // writer then makes the whole item bold.
+        if (block.textList())
+            QTextCursor(block).setBlockCharFormat(QTextCharFormat());
         const int level = block.blockFormat().headingLevel();
         if (level > 0 && !block.text().trimmed().isEmpty()) {
             const QString text = block.text().trimmed();
