@@ -4,6 +4,7 @@
 #include "dialogs/aboutdialog.h"
 #include "guitesting.h"
 #include "storage/palettedatabase.h"
+#include "utils/qt/help/dialoghelp.h"
 #include "utils/qt/help/helpbrowser.h"
 #include "utils/qt/help/helpcollection.h"
 #include "utils/qt/help/helpwidget.h"
@@ -87,6 +88,7 @@ private slots:
     void dialogF1OpensItsPage_data();
     void dialogF1OpensItsPage();
     void helpMenuAnswersEveryEntry();
+    void everyDialogHasItsSection();
     void missingManualIsSaid_data();
     void missingManualIsSaid();
     void newerManualIsRegisteredAgain();
@@ -326,6 +328,17 @@ void TestHelpViewer::helpMenuAnswersEveryEntry()
     }
     QCOMPARE(names, (QStringList{"about", "help", "visit", "openPDFdocs"}));
 
+    // Whatever message box comes up is recorded and closed, so none can hide among the answers.
+    QStringList boxes;
+    QTimer watcher;
+    connect(&watcher, &QTimer::timeout, this, [&boxes]() {
+        if (auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget())) {
+            boxes << box->text();
+            box->reject();
+        }
+    });
+    watcher.start(10);
+
     QString aboutText;
     handleNextDialog<AboutDialog>([&](AboutDialog *d) {
         aboutText = d->findChild<QLabel *>(QStringLiteral("aboutText"))->text();
@@ -346,6 +359,28 @@ void TestHelpViewer::helpMenuAnswersEveryEntry()
     QCOMPARE(m_desktop.urls, (QList<QUrl>{QUrl(QStringLiteral("https://chromaxis.org")),
                                           QUrl::fromLocalFile(QStringLiteral(CHROMAXIS_MANUAL_DIR
                                                                              "/chromaxis-manual.pdf"))}));
+    QTest::qWait(50);
+    QVERIFY2(boxes.isEmpty(), qPrintable(boxes.join('|')));
+}
+
+void TestHelpViewer::everyDialogHasItsSection()
+{
+    QString error;
+    std::unique_ptr<HelpWidget> help(HelpWidget::open(nullptr, QString(), &error));
+    QVERIFY2(help, qPrintable(error));
+    QHelpEngine *engine = help->helpEngine();
+    // The sections named by class exist, anchor and all.
+    for (const auto &[cls, page] : DialogHelp::classPages()) {
+        const QUrl url = manualUrl(page);
+        const QString html = QString::fromUtf8(engine->fileData(url.adjusted(QUrl::RemoveFragment)));
+        QVERIFY2(html.contains(QStringLiteral("<a name=\"%1\">").arg(url.fragment())), qPrintable(cls));
+    }
+    // The dialogs found by their title have a heading of that title.
+    for (const char *title : {"Brightness / contrast", "Hue / saturation / value", "Tint", "Gradient tint",
+                              "Blur palette", "Component manipulation", "Shift order",
+                              "Generate palette by interpolation", "Generate cosinus palette", "Selection pattern",
+                              "Palette text format"})
+        QVERIFY2(!engine->documentsForKeyword(QString::fromLatin1(title)).isEmpty(), title);
 }
 
 void TestHelpViewer::missingManualIsSaid_data()

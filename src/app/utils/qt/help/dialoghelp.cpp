@@ -16,7 +16,7 @@
 namespace {
 
 // Dialogs whose title is not a heading of their page, or is shared with another dialog.
-const std::pair<const char *, const char *> classPages[] = {
+const std::pair<const char *, const char *> pagesByClass[] = {
     {"RGBImageDialog", "image-dialogs.html#opening-an-rgb-picture"},
     {"ImageConvertDialog", "image-dialogs.html#convert-image"},
     {"ImageQuantisizeDialog", "image-dialogs.html#quantisize-image"},
@@ -59,12 +59,20 @@ void DialogHelp::install()
 QString DialogHelp::pageForClass(const QDialog *dialog)
 {
     for (const QMetaObject *m = dialog->metaObject(); m; m = m->superClass()) {
-        for (const auto &entry : classPages) {
+        for (const auto &entry : pagesByClass) {
             if (qstrcmp(m->className(), entry.first) == 0)
                 return QString::fromLatin1(entry.second);
         }
     }
     return {};
+}
+
+QList<QPair<QString, QString>> DialogHelp::classPages()
+{
+    QList<QPair<QString, QString>> out;
+    for (const auto &entry : pagesByClass)
+        out.append({QString::fromLatin1(entry.first), QString::fromLatin1(entry.second)});
+    return out;
 }
 
 bool DialogHelp::showHelpFor(QDialog *dialog)

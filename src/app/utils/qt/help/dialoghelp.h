@@ -1,6 +1,8 @@
 #pragma once
 
+#include <QList>
 #include <QObject>
+#include <QPair>
 #include <QString>
 
 class QDialog;
@@ -19,6 +21,8 @@ public:
     // The manual's page (with anchor) for dialog: by class, else empty (the caller then looks the
     // title up in the manual's keywords).
     static QString pageForClass(const QDialog *dialog);
+    // Every (class name, page) pair the lookup by class knows.
+    static QList<QPair<QString, QString>> classPages();
 
     // Opens the help for dialog. False, with a message shown, when the manual cannot be opened.
     static bool showHelpFor(QDialog *dialog);
