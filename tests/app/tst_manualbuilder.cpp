@@ -94,6 +94,7 @@ private slots:
     void missingImageFails();
     void pdfHasPagesWithText();
     void installedManualHoldsEveryPage();
+    void buildRebuildsTheHelpWhenAPageChanges();
 };
 
 void TestManualBuilder::pagesBecomeHtmlAndHelpProject()
@@ -253,6 +254,36 @@ void TestManualBuilder::installedManualHoldsEveryPage()
     QVERIFY(pdfPages(pdf) >= 20);
     QTemporaryDir dir;
     QVERIFY(darkPixelsOfPage(pdf, 3, dir.path()) > 500);
+}
+
+void TestManualBuilder::buildRebuildsTheHelpWhenAPageChanges()
+{
+    // Building the help takes seconds, but a whole build tree to prove it would take minutes; the
+    // build rules say the same: every page is an input of the help file and of the PDF.
+    const QString makeRules = read(QStringLiteral(CHROMAXIS_BINARY_DIR "/docs/CMakeFiles/chromaxis_manual.dir/build.make"));
+    const QString ninjaRules = read(QStringLiteral(CHROMAXIS_BINARY_DIR "/build.ninja"));
+    if (makeRules.isEmpty() && ninjaRules.isEmpty())
+        QSKIP("the build rules are in a form this test does not read");
+    QStringList pages;
+    for (const QString &page : QDir(QStringLiteral(CHROMAXIS_SOURCE_DIR "/docs/manual")).entryList({"*.md"}))
+        pages << QStringLiteral(CHROMAXIS_SOURCE_DIR "/docs/manual/") + page;
+    pages << QStringLiteral(CHROMAXIS_SOURCE_DIR "/docs/macros.md") << QStringLiteral(CHROMAXIS_SOURCE_DIR "/README.md")
+          << QStringLiteral(CHROMAXIS_SOURCE_DIR "/docs/manual/contents.txt");
+    for (const QString &output : {QStringLiteral("chromaxis.qch"), QStringLiteral("chromaxis-manual.pdf")}) {
+        for (const QString &page : pages) {
+            bool found = false;
+            if (!makeRules.isEmpty()) {
+                found = makeRules.contains(QStringLiteral("src/app/%1: %2\n").arg(output, page));
+            } else {
+                for (const QString &line : ninjaRules.split('\n')) {
+                    if (line.startsWith(QLatin1String("build ")) && line.section(':', 0, 0).contains(output)
+                        && line.contains(page))
+                        found = true;
+                }
+            }
+            QVERIFY2(found, qPrintable(output + QStringLiteral(" <- ") + page));
+        }
+    }
 }
 
 QTEST_GUILESS_MAIN(TestManualBuilder)
