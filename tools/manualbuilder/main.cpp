@@ -16,6 +16,7 @@
 #include <QTextBlock>
 #include <QTextCursor>
 #include <QTextDocumentFragment>
+#include <QTextFragment>
 #include <QTextStream>
 #include <QXmlStreamWriter>
 
@@ -160,6 +161,34 @@ bool writeHtml(const QString &dir, const std::vector<std::unique_ptr<ManualPage>
         && (qch.isEmpty() || writeAll(QDir(dir).filePath(QStringLiteral("chromaxis.qhcp")), collectionProject(qch)));
 }
 
+// Screenshots wider than the printed text would be cut at the paper's edge: they are scaled down.
+void fitImages(QTextDocument &book, const std::vector<std::unique_ptr<ManualPage>> &pages)
+{
+    constexpr int maxWidth = 560; // the text width of an A4 sheet in the document's pixels
+    QMap<QString, QSize> sizes;
+    for (const auto &page : pages) {
+        for (auto it = page->images.cbegin(); it != page->images.cend(); ++it)
+            sizes.insert(it.key(), it.value().size());
+    }
+    for (QTextBlock block = book.begin(); block.isValid(); block = block.next()) {
+        for (auto it = block.begin(); !it.atEnd(); ++it) {
+            const QTextFragment fragment = it.fragment();
+            if (!fragment.charFormat().isImageFormat())
+                continue;
+            QTextImageFormat format = fragment.charFormat().toImageFormat();
+            const QSize size = sizes.value(format.name());
+            if (size.width() <= maxWidth)
+                continue;
+            format.setWidth(maxWidth);
+            format.setHeight(double(size.height()) * maxWidth / size.width());
+            QTextCursor cursor(&book);
+            cursor.setPosition(fragment.position());
+            cursor.setPosition(fragment.position() + fragment.length(), QTextCursor::KeepAnchor);
+            cursor.setCharFormat(format);
+        }
+    }
+}
+
 bool writePdf(const QString &path, const QString &title, const std::vector<std::unique_ptr<ManualPage>> &pages)
 {
     QTextDocument book;
@@ -175,14 +204,15 @@ bool writePdf(const QString &path, const QString &title, const std::vector<std::
     for (const auto &page : pages) {
         for (auto it = page->images.cbegin(); it != page->images.cend(); ++it)
             book.addResource(QTextDocument::ImageResource, QUrl(it.key()), it.value());
-        // Every page of the manual starts a new sheet.
-        cursor.insertBlock();
+        // Every page of the manual starts a new sheet, in a fresh block: one that continued the
+        // previous page's last block would also continue its list.
         QTextBlockFormat breakBefore;
         breakBefore.setPageBreakPolicy(QTextFormat::PageBreak_AlwaysBefore);
-        cursor.mergeBlockFormat(breakBefore);
+        cursor.insertBlock(breakBefore, QTextCharFormat());
         cursor.insertFragment(QTextDocumentFragment(page->document.get()));
     }
     book.setMetaInformation(QTextDocument::DocumentTitle, title);
+    fitImages(book, pages);
 
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly))
