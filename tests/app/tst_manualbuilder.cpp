@@ -251,9 +251,10 @@ void TestManualBuilder::installedManualHoldsEveryPage()
 
     // The shipped PDF: many pages, and text on them.
     const QString pdf = QStringLiteral(CHROMAXIS_MANUAL_DIR "/chromaxis-manual.pdf");
-    QVERIFY(pdfPages(pdf) >= 20);
+    const int sheets = pdfPages(pdf);
+    QVERIFY(sheets >= 20);
     QTemporaryDir dir;
-    QVERIFY(darkPixelsOfPage(pdf, 3, dir.path()) > 500);
+    QVERIFY(darkPixelsOfPage(pdf, sheets / 2, dir.path()) > 500);
 }
 
 void TestManualBuilder::buildRebuildsTheHelpWhenAPageChanges()
