@@ -7,6 +7,7 @@
 #include "palette/describedexception.h"
 #include "storage/palettedatabase.h"
 #include "utils/qt/colorwidgets/paletteview.h"
+#include "utils/qt/help/dialoghelp.h"
 
 #include <QAction>
 #include <QActionGroup>
@@ -101,6 +102,8 @@ ChromaxisMainWindow::ChromaxisMainWindow(PaletteDatabase *builtinPalettes, QWidg
     createToolBars();
     createStatusBar();
     createStatusFields();
+    // F1 in any dialog opens that dialog's page of the manual.
+    DialogHelp::install();
 
     resize(500, 400);
     readSettings();

@@ -151,7 +151,9 @@ public slots:
     // Settings and help
     void showStatusBar();
     void about();
+    void help();
     void visit();
+    void openPDFdocs();
     // Palette generators, manipulation dialogs, selection pattern and text export
     void paletteGenerateGrayScale();
     void paletteGenerateExtendedGrayScale();
