@@ -194,11 +194,16 @@ private slots:
         s.xsize = 256;
         s.ysize = 256;
         s.iterations = 2000;
+        // Refuse at the first report: on a busy machine the other cores may finish every band
+        // before the reporting thread asks a second time.
         int calls = 0;
         QVERIFY_EXCEPTION_THROWN(ImageGenerator::generate(s, grayscalePalette(), ImageGenerator::Renderer::Cpu,
-                                                          [&](int) { return ++calls < 2; }),
+                                                          [&](int) {
+                                                              ++calls;
+                                                              return false;
+                                                          }),
                                  ImageGenerator::Cancelled);
-        QVERIFY(calls >= 2);
+        QCOMPARE(calls, 1);
     }
 };
 
