@@ -36,6 +36,10 @@ public:
     // program cannot be built.
     bool draw(const GeneratorSettings &settings, bool gray, int aspectWidth, int aspectHeight,
               QString *error = nullptr);
+    // The same with another fragment shader than the settings' own (a resource or file path):
+    // for tests and shaders under development.
+    bool drawWith(const QString &fragmentShader, const GeneratorSettings &settings, bool gray, int aspectWidth,
+                  int aspectHeight, QString *error = nullptr);
     // Frees the GL objects; the context they were made in must be current.
     void release();
 

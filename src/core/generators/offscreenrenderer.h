@@ -2,6 +2,7 @@
 
 #include "generators/generatorraster.h"
 #include "generators/generatorsettings.h"
+#include "palette/describedexception.h"
 #include "palette/palette.h"
 
 #include <QString>
@@ -12,10 +13,28 @@
 // platform with OpenGL.
 namespace OffscreenRenderer {
 
+// A shader that does not compile or link here (a driver without double precision, say); the
+// callers that have another way to make the picture take it.
+class ProgramFailure : public DescribedException
+{
+public:
+    using DescribedException::DescribedException;
+};
+
+struct Options
+{
+    // Instead of the settings' own fragment shader (a resource path): for tests and shaders
+    // under development.
+    QString fragmentShader;
+    // The largest tile drawn at once; 0: as large as the driver allows (at most 4096).
+    int tileSize = 0;
+};
+
 // Whether a context with framebuffer objects can be made here; the reason when not.
 bool available(QString *reason = nullptr);
 // The read-back at settings.xsize x settings.ysize. Throws DescribedException when no context,
-// framebuffer or program can be made.
-GeneratorRaster render(const GeneratorSettings &settings, const Palette<uint> &palette);
+// framebuffer or program can be made (ProgramFailure for the program).
+GeneratorRaster render(const GeneratorSettings &settings, const Palette<uint> &palette,
+                       const Options &options = {});
 
 } // namespace OffscreenRenderer
