@@ -48,8 +48,11 @@ QString valueText(const QWidget *control)
         return QString::number(number->value(), 'g', 15);
     if (const auto *integer = qobject_cast<const QSpinBox *>(control))
         return QString::number(integer->value());
-    if (const auto *list = qobject_cast<const QComboBox *>(control))
-        return QString::number(list->currentIndex());
+    if (const auto *list = qobject_cast<const QComboBox *>(control)) {
+        // A list longer than its setting's values goes round them by position.
+        const int values = list->property("values").toInt();
+        return QString::number(values > 0 ? list->currentIndex() % values : list->currentIndex());
+    }
     if (const auto *check = qobject_cast<const QCheckBox *>(control))
         return check->isChecked() ? QStringLiteral("1") : QStringLiteral("0");
     return {};
@@ -112,6 +115,7 @@ void GenImageDialog::setPage(const QString &groupTitle, QBoxLayout *page, GenIma
     layout->addWidget(buttons);
 
     showSettings(GeneratorSettings::defaults(m_name));
+    m_preview->setSettings(settings());
 }
 
 void GenImageDialog::start()

@@ -7,12 +7,22 @@
 #include <QOpenGLContext>
 #include <QOpenGLFramebufferObject>
 #include <QOpenGLFunctions>
+#include <QOpenGLFunctions_2_1>
 #include <QWheelEvent>
 
 #include <algorithm>
 #include <cmath>
 
 namespace {
+
+// The generator draws with the caller's projection; the preview's is the identity.
+void resetProjection(QOpenGLContext *context)
+{
+    if (auto *f = context->versionFunctions<QOpenGLFunctions_2_1>(); f && f->initializeOpenGLFunctions()) {
+        f->glMatrixMode(GL_PROJECTION);
+        f->glLoadIdentity();
+    }
+}
 
 // The linear reduction of a frame drawn while the view moves.
 constexpr int reduction = 4;
@@ -94,6 +104,7 @@ void GenImageWidget::drawFull()
     f->glViewport(0, 0, int(width() * ratio), int(height() * ratio));
     f->glClearColor(0, 0, 0, 1);
     f->glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    resetProjection(context());
     m_error.clear();
     if (!m_gl->draw(m_settings, false, 1, 1, &m_error) && m_settings.precision == GeneratorSettings::Double) {
         // Without double precision in the driver the preview shows the single-precision view;
@@ -122,6 +133,7 @@ bool GenImageWidget::drawReduced()
     f->glViewport(0, 0, small.width(), small.height());
     f->glClearColor(0, 0, 0, 1);
     f->glClear(GL_COLOR_BUFFER_BIT);
+    resetProjection(context());
     GeneratorSettings settings = m_settings;
     QString error;
     if (!m_gl->draw(settings, false, 1, 1, &error)) {

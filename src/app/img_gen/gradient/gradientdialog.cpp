@@ -30,8 +30,10 @@ GradientDialog::GradientDialog(const Palette<uint> &palette, const QString &conn
     : GenImageDialog(QStringLiteral("gradient"), palette, connectionName, parent)
 {
     setWindowTitle(tr("Gradient"));
+    // Six entries name three shapes: radial, linear and rectangle, then the three again.
     makeList("method", {tr("Worley Gradient 2D"), tr("Worley Gradient 3D"), tr("Classic Gradient 2D"),
-                        tr("Classic Gradient 3D"), tr("Simplex Gradient 2D"), tr("Simplex Gradient 3D")});
+                        tr("Classic Gradient 3D"), tr("Simplex Gradient 2D"), tr("Simplex Gradient 3D")})
+        ->setProperty("values", 3);
     for (const char *key : {"xoff", "yoff", "zoff", "xadd", "yadd"})
         makeNumber(key, -1000000, 1000000, 8);
     auto *page = new QVBoxLayout;
