@@ -1,0 +1,70 @@
+#version 120
+// Cellular (Worley) noise in three dimensions, computed without a permutation texture: every cell
+// of the integer lattice holds one feature point, jittered from the cell's centre by a hash of the
+// cell (a polynomial permutation modulo 289). The value is F1, the distance to the nearest
+// feature point, searched over all 3 x 3 x 3 cells around the point; F2, the second nearest, is
+// sorted out exactly alongside.
+
+uniform sampler1D tex;
+uniform int gray = 0;
+uniform vec4 off = vec4(0.0);
+uniform vec4 scale = vec4(1.0);
+
+float mod289(float x) { return x - floor(x * (1.0 / 289.0)) * 289.0; }
+vec3 mod289(vec3 x) { return x - floor(x * (1.0 / 289.0)) * 289.0; }
+float mod7(float x) { return x - floor(x * (1.0 / 7.0)) * 7.0; }
+float permute(float x) { return mod289((x * 34.0 + 10.0) * x); }
+
+// (F1, F2).
+vec2 cellular(vec3 P)
+{
+    const float K = 0.142857142857;      // 1/7
+    const float Ko = 0.428571428571;     // 1/2 - K/2
+    const float K2 = 0.020408163265306;  // 1/49
+    const float Kz = 0.166666666667;     // 1/6
+    const float Kzo = 0.416666666667;    // 1/2 - Kz/2
+    vec3 Pi = mod289(floor(P));
+    vec3 Pf = fract(P) - 0.5;
+    float f1 = 1.0e10;
+    float f2 = 1.0e10;
+    for (int a = 0; a < 3; ++a) {
+        float cx = float(a) - 1.0;
+        float px = permute(Pi.x + cx);
+        float dx0 = Pf.x - cx;
+        for (int b = 0; b < 3; ++b) {
+            float cy = float(b) - 1.0;
+            float py = permute(px + Pi.y + cy);
+            float dy0 = Pf.y - cy;
+            for (int c = 0; c < 3; ++c) {
+                float cz = float(c) - 1.0;
+                float p = permute(py + Pi.z + cz);
+                float dx = dx0 + (fract(p * K) - Ko);
+                float dy = dy0 + (mod7(floor(p * K)) * K - Ko);
+                float dz = Pf.z - cz + (floor(p * K2) * Kz - Kzo);
+                float d = dx * dx + dy * dy + dz * dz;
+                f2 = min(f2, max(f1, d));
+                f1 = min(f1, d);
+            }
+        }
+    }
+    return sqrt(vec2(f1, f2));
+}
+
+vec4 encode(float value)
+{
+    // Green carries the high byte, blue the low byte; red is set only by 1.0. The framebuffer
+    // stores round(channel x 255), hence the division by 255.
+    float w = value * 65536.0;
+    float r = floor(w * (1.0 / 65536.0));
+    float g = floor((w - r * 65536.0) * (1.0 / 256.0));
+    float b = floor(w - r * 65536.0 - g * 256.0);
+    return vec4(r / 255.0, g / 255.0, b / 255.0, 1.0);
+}
+
+void main()
+{
+    vec2 uv = gl_TexCoord[0].xy;
+    vec3 P = vec3(uv.x * scale.x + off.x, uv.y * scale.y + off.y, off.z);
+    float value = min(cellular(P).x, 1.0);
+    gl_FragColor = gray == 1 ? encode(value) : texture1D(tex, value);
+}

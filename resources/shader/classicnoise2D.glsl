@@ -1,0 +1,58 @@
+#version 120
+// Classic (gradient) noise in two dimensions, computed without a permutation texture: the lattice
+// corners hash through a polynomial permutation modulo 289, and the hash picks a gradient on a
+// diamond that is then normalised.
+
+uniform sampler1D tex;
+uniform int gray = 0;
+uniform vec4 off = vec4(0.0);
+uniform vec4 scale = vec4(1.0);
+
+vec4 mod289(vec4 x) { return x - floor(x * (1.0 / 289.0)) * 289.0; }
+vec4 permute(vec4 x) { return mod289((x * 34.0 + 10.0) * x); }
+vec4 inverseLength(vec4 r) { return 1.79284291400159 - 0.85373472095314 * r; }
+vec2 fade(vec2 t) { return t * t * t * (t * (t * 6.0 - 15.0) + 10.0); }
+
+float classicNoise(vec2 P)
+{
+    // Corners in the order (x0, y0), (x1, y0), (x0, y1), (x1, y1).
+    vec4 Pi = floor(P.xyxy) + vec4(0.0, 0.0, 1.0, 1.0);
+    vec4 Pf = fract(P.xyxy) - vec4(0.0, 0.0, 1.0, 1.0);
+    Pi = mod289(Pi);
+    vec4 ix = Pi.xzxz;
+    vec4 iy = Pi.yyww;
+    vec4 fx = Pf.xzxz;
+    vec4 fy = Pf.yyww;
+
+    vec4 h = permute(permute(ix) + iy);
+    vec4 gx = fract(h * (1.0 / 41.0)) * 2.0 - 1.0;
+    vec4 gy = abs(gx) - 0.5;
+    gx = gx - floor(gx + 0.5);
+    vec4 n = inverseLength(gx * gx + gy * gy);
+    gx = gx * n;
+    gy = gy * n;
+
+    vec4 corner = gx * fx + gy * fy;
+    vec2 t = fade(Pf.xy);
+    vec2 alongX = mix(corner.xz, corner.yw, t.x);
+    return 2.3 * mix(alongX.x, alongX.y, t.y);
+}
+
+vec4 encode(float value)
+{
+    // Green carries the high byte, blue the low byte; red is set only by 1.0. The framebuffer
+    // stores round(channel x 255), hence the division by 255.
+    float w = value * 65536.0;
+    float r = floor(w * (1.0 / 65536.0));
+    float g = floor((w - r * 65536.0) * (1.0 / 256.0));
+    float b = floor(w - r * 65536.0 - g * 256.0);
+    return vec4(r / 255.0, g / 255.0, b / 255.0, 1.0);
+}
+
+void main()
+{
+    vec2 uv = gl_TexCoord[0].xy;
+    vec2 P = vec2(uv.x * scale.x + off.x, uv.y * scale.y + off.y);
+    float value = min(classicNoise(P) * 0.5 + 0.5, 1.0);
+    gl_FragColor = gray == 1 ? encode(value) : texture1D(tex, value);
+}
