@@ -7,7 +7,8 @@
 
 namespace {
 
-// One unit across at zoom 1; the picture follows the mouse.
+// One unit across at zoom 1; the offset is subtracted from the position, so the picture follows
+// the mouse when the offset moves with it.
 class MoireeWidget : public GenImageWidget
 {
 public:
@@ -32,6 +33,6 @@ MoireeDialog::MoireeDialog(const Palette<uint> &palette, const QString &connecti
     makeNumber("yadd", -1000000, 1000000, 8);
     auto *page = new QVBoxLayout;
     page->addWidget(makeViewGroup(1000));
-    page->addWidget(makeGroup(tr("Rings"), {{tr("Scale:"), "norm"}, {tr("X-step:"), "xadd"}, {tr("Y-step:"), "yadd"}}));
+    page->addWidget(makeGroup(tr("Rings"), {{tr("Rings per unit:"), "norm"}, {tr("X-distance:"), "xadd"}, {tr("Y-distance:"), "yadd"}}));
     setPage(tr("Moiree patterns"), page, new MoireeWidget);
 }
