@@ -8,6 +8,9 @@
 #include "guitesting.h"
 #include "img_gen/apollonian/apolloniandialog.h"
 #include "img_gen/genimagewidget.h"
+#include "img_gen/gradient/gradientdialog.h"
+#include "img_gen/moiree/moireedialog.h"
+#include "img_gen/plasma/plasmadialog.h"
 #include "img_gen/ifs/ifsdialog.h"
 #include "img_gen/julia/juliadialog.h"
 #include "img_gen/mandelbrot/mandelbrotdialog.h"
@@ -74,6 +77,12 @@ std::unique_ptr<GenImageDialog> makeDialog(const QString &name, const Palette<ui
         return std::make_unique<ApollonianDialog>(palette, QString());
     if (name == "noise")
         return std::make_unique<NoiseDialog>(palette, QString());
+    if (name == "plasma")
+        return std::make_unique<PlasmaDialog>(palette, QString());
+    if (name == "gradient")
+        return std::make_unique<GradientDialog>(palette, QString());
+    if (name == "moiree")
+        return std::make_unique<MoireeDialog>(palette, QString());
     return nullptr;
 }
 
@@ -433,7 +442,7 @@ void TestGeneratorDialogs::oneColourPaletteGivesUniformPreview()
 {
     Palette<uint> one;
     one.append(RGBAColor<uint>(0xFFFF, 0x8080, 0, 0xFFFF));
-    for (const QString name : {"mandelbrot", "julia", "noise"}) {
+    for (const QString name : {"mandelbrot", "julia", "plasma", "noise", "gradient", "moiree"}) {
         const auto dialog = makeDialog(name, one);
         dialog->start();
         showWithPreview(*dialog, QSize(128, 128));
@@ -501,7 +510,7 @@ void TestGeneratorDialogs::previewFrameTimes_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<bool>("firstPreset");
-    for (const QString name : {"mandelbrot", "julia", "ifs", "apollonian", "noise"}) {
+    for (const QString name : GeneratorSettings::names()) {
         QTest::newRow(qPrintable(name + " defaults")) << name << false;
         QTest::newRow(qPrintable(name + " first preset")) << name << true;
     }

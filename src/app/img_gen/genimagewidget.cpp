@@ -46,6 +46,10 @@ GenImageWidget::GenImageWidget(QWidget *parent)
 
 GenImageWidget::~GenImageWidget()
 {
+    // The base class destroys the context after this object's members are gone: free them now
+    // and let the context's farewell find nothing left to do.
+    if (context())
+        disconnect(context(), nullptr, this, nullptr);
     releaseGL();
 }
 
