@@ -100,7 +100,7 @@ void GenImageDialog::setPage(const QString &groupTitle, QBoxLayout *page, GenIma
     side->addWidget(output);
     side->addStretch(1);
     auto *top = new QHBoxLayout;
-    top->addWidget(m_preview, 1);
+    top->addWidget(m_preview, 0, Qt::AlignTop);
     top->addLayout(side);
 
     auto *layout = new QVBoxLayout(this);

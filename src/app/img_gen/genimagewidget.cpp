@@ -34,7 +34,8 @@ constexpr int refineDelayMs = 150;
 GenImageWidget::GenImageWidget(QWidget *parent)
     : QOpenGLWidget(parent), m_gl(std::make_unique<GeneratorGL>())
 {
-    setMinimumSize(256, 256);
+    // Square: the view is as wide as it is high, and the drag rule measures in the widget's sides.
+    setFixedSize(448, 448);
     setCursor(Qt::OpenHandCursor);
     m_refine.setSingleShot(true);
     m_refine.setInterval(refineDelayMs);

@@ -43,8 +43,6 @@ public:
     // time in milliseconds.
     double measureFrame();
 
-    QSize sizeHint() const override { return {384, 384}; }
-
 signals:
     void viewChanged(double xoff, double yoff, double zoom);
 
