@@ -27,6 +27,7 @@
 #include <QGroupBox>
 #include <QLabel>
 #include <QMouseEvent>
+#include <QWheelEvent>
 #include <QPushButton>
 #include <QSettings>
 #include <QSpinBox>
@@ -141,6 +142,7 @@ private slots:
     void dragMovesTheView_data();
     void dragMovesTheView();
     void dragIsClamped();
+    void wheelZooms();
     void oneColourPaletteGivesUniformPreview();
     void apollonianIgnoresThePalette();
     void movingViewDrawsReduced();
@@ -436,6 +438,29 @@ void TestGeneratorDialogs::dragIsClamped()
     // From the limit, a small drag back moves by exactly its own amount.
     drag(dialog.preview(), QPoint(100, 100), QPoint(110, 100));
     QCOMPARE(number(&dialog, "xoff")->value(), -4.0 + 10.0 / 400 * 3 / 0.25);
+}
+
+void TestGeneratorDialogs::wheelZooms()
+{
+    MandelbrotDialog dialog(grayscalePalette(), QString());
+    setField(&dialog, "zoom", "2");
+    showWithPreview(dialog, QSize(200, 200));
+    auto wheel = [](QWidget *widget, int delta) {
+        QWheelEvent event(QPointF(100, 100), QPointF(widget->mapToGlobal(QPoint(100, 100))), QPoint(), QPoint(0, delta),
+                          Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+        QApplication::sendEvent(widget, &event);
+    };
+    wheel(dialog.preview(), 120);
+    QCOMPARE(number(&dialog, "zoom")->value(), 2.5);
+    wheel(dialog.preview(), -240);
+    QCOMPARE(number(&dialog, "zoom")->value(), 1.6);
+    QCOMPARE(dialog.settings().zoom, 1.6);
+    // Noise has no zoom: the wheel leaves its settings alone.
+    NoiseDialog noise(grayscalePalette(), QString());
+    showWithPreview(noise, QSize(200, 200));
+    const auto before = noise.settings().toPairs();
+    wheel(noise.preview(), 120);
+    QCOMPARE(noise.settings().toPairs(), before);
 }
 
 void TestGeneratorDialogs::oneColourPaletteGivesUniformPreview()
