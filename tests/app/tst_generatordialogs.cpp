@@ -4,6 +4,8 @@
 // the view moves.
 #include "chromaxismainwindow.h"
 #include "document/chromaxismacrosystem.h"
+#include "generators/fractalevaluator.h"
+#include "generators/generatoroutput.h"
 #include "generators/imagegenerator.h"
 #include "guitesting.h"
 #include "img_gen/apollonian/apolloniandialog.h"
@@ -146,6 +148,7 @@ private slots:
     void oneColourPaletteGivesUniformPreview();
     void apollonianIgnoresThePalette();
     void movingViewDrawsReduced();
+    void doublePrecisionPreview();
     void previewFrameTimes_data();
     void previewFrameTimes();
 
@@ -529,6 +532,44 @@ void TestGeneratorDialogs::movingViewDrawsReduced()
     preview->grabFramebuffer();
     QVERIFY(!preview->lastFrameReduced());
     QApplication::sendEvent(preview, &release);
+}
+
+void TestGeneratorDialogs::doublePrecisionPreview()
+{
+    // The deep preset, where single precision turns blocky.
+    MandelbrotDialog dialog(grayscalePalette(), QString());
+    dialog.start();
+    dialog.settingsIO()->comboBox()->setCurrentIndex(dialog.settingsIO()->presetIndex(4));
+    showWithPreview(dialog, QSize(256, 256));
+    const QImage single = dialog.preview()->grabFramebuffer();
+    setField(&dialog, "precision", "1");
+    QCOMPARE(dialog.preview()->settings().precision, int(GeneratorSettings::Double));
+    const QImage precise = dialog.preview()->grabFramebuffer();
+    if (dialog.preview()->lastError().isEmpty()) {
+        // The processor's values in double, through the palette as the texture looks them up.
+        GeneratorSettings reference = dialog.settings();
+        std::vector<float> values;
+        QVERIFY(FractalEvaluator::values(reference, GeneratorGrid{256, 256}, values));
+        const Palette<uint> gray = grayscalePalette();
+        auto agreeing = [&](const QImage &frame) {
+            int same = 0;
+            for (int y = 0; y < 256; ++y)
+                for (int x = 0; x < 256; ++x) {
+                    const auto &c = gray[int(GeneratorOutput::index(values[size_t(y * 256 + x)], gray.size()))];
+                    same += qGray(frame.pixel(x, y)) == int(c.r >> 8);
+                }
+            return same;
+        };
+        const int total = 256 * 256;
+        qInfo("pixels agreeing with the double-precision reference: single %d, double %d of %d",
+              agreeing(single), agreeing(precise), total);
+        QVERIFY(agreeing(precise) >= total * 98 / 100);
+        QVERIFY(agreeing(single) < total * 90 / 100);
+    } else {
+        // Without double precision in the driver the preview stays in single precision.
+        qInfo("no double precision here: %s", qPrintable(dialog.preview()->lastError().left(200)));
+        QCOMPARE(precise, single);
+    }
 }
 
 void TestGeneratorDialogs::previewFrameTimes_data()
