@@ -152,12 +152,23 @@ bool GenImageWidget::drawReduced()
     return true;
 }
 
-double GenImageWidget::measureFrame()
+double GenImageWidget::measureFrame(bool reduced)
 {
     makeCurrent();
-    drawFull();
+    double ms = -1;
+    if (reduced) {
+        QElapsedTimer timer;
+        timer.start();
+        if (drawReduced()) {
+            context()->functions()->glFinish();
+            ms = double(timer.nsecsElapsed()) / 1e6;
+        }
+    } else {
+        drawFull();
+        ms = m_frameMs;
+    }
     doneCurrent();
-    return m_frameMs;
+    return ms;
 }
 
 QPointF GenImageWidget::offsetChange(double fx, double fy) const

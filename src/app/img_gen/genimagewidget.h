@@ -39,9 +39,9 @@ public:
     QString lastError() const { return m_error; }
     // Frames slower than this are drawn reduced while the view moves.
     void setReduceAbove(double milliseconds) { m_reduceAboveMs = milliseconds; }
-    // Draws one full frame now (the context must exist: the widget has been shown) and returns its
-    // time in milliseconds.
-    double measureFrame();
+    // Draws one frame now, in full or as while the view moves (the context must exist: the widget
+    // has been shown), and returns its time in milliseconds, glFinish included.
+    double measureFrame(bool reduced = false);
 
 signals:
     void viewChanged(double xoff, double yoff, double zoom);
