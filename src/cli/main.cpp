@@ -3,6 +3,7 @@
 #include "conversioncommands.h"
 #include "exportcommands.h"
 #include "formats/librarymessages.h"
+#include "generatecommands.h"
 #include "imagecommands.h"
 #include "operationcommands.h"
 #include "macrocommands.h"
@@ -12,12 +13,14 @@
 #include "projectcommands.h"
 
 #include <QCoreApplication>
+#include <QGuiApplication>
 
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <exception>
 #include <functional>
+#include <memory>
 #include <new>
 #include <vector>
 
@@ -65,7 +68,7 @@ const char *const usageText =
     "\n"
     "Generators, animation, database, macros:\n"
     "  generate NAME OUT [--settings FILE] [--set ...] [--size WxH] [--target indexed|continuous|rgb]\n"
-    "           [--palette P]\n"
+    "           [--palette P] [--renderer auto|gl|cpu]\n"
     "  animation IN OUT.gif|.avi|.wmv|.mp4|.webm --start S --end E --fps F [--palette P]\n"
     "  db list\n"
     "  db show NAME\n"
@@ -96,7 +99,7 @@ std::vector<Command> commands()
         {{"image", "batch"}, imageBatch},
         {{"project", "show"}, projectShow},
         {{"project", "create"}, projectCreate},
-        {{"generate"}, {}},
+        {{"generate"}, generate},
         {{"animation"}, animation},
         {{"db", "list"}, dbList},
         {{"db", "show"}, dbShow},
@@ -134,7 +137,11 @@ int finish(QTextStream &out, QTextStream &err, int rc)
 
 int main(int argc, char *argv[])
 {
-    QCoreApplication app(argc, argv);
+    // OpenGL needs a graphical application; everything else runs without a display.
+    const std::unique_ptr<QCoreApplication> application = generateWantsOpenGL(argc, argv)
+                                                              ? std::make_unique<QGuiApplication>(argc, argv)
+                                                              : std::make_unique<QCoreApplication>(argc, argv);
+    QCoreApplication &app = *application;
     QCoreApplication::setOrganizationName(QStringLiteral("KLO"));
     QCoreApplication::setOrganizationDomain(QStringLiteral("chromaxis.org"));
     QCoreApplication::setApplicationName(QStringLiteral("Chromaxis"));

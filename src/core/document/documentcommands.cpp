@@ -467,6 +467,21 @@ void DocumentCommands::transformImage(const QString &step)
     record(step);
 }
 
+void DocumentCommands::generateImage(const GeneratorSettings &settings, ImageGenerator::Renderer renderer)
+{
+    installGenerated(ImageGenerator::generate(settings, m_document.palette(), renderer), settings);
+}
+
+void DocumentCommands::installGenerated(const DocumentImage &image, const GeneratorSettings &settings)
+{
+    if (image.isNull())
+        throw outOfMemoryFailure();
+    // A generated picture is no picture of the old image's file: saving it asks for a name
+    // instead of overwriting that file.
+    m_document.setImageState({image, QString(), true});
+    record(settings.macroStep(), SettingsText::format(settings.name, settings.settingsText()));
+}
+
 void DocumentCommands::installConversion(const DocumentImage &image, const Palette<uint> &palette,
                                          const QString &step, const QString &settingsText)
 {

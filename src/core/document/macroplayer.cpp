@@ -4,6 +4,7 @@
 #include "conversion/imagetransforms.h"
 #include "document/chromaxisdocument.h"
 #include "document/documentcommands.h"
+#include "generators/generatorsettings.h"
 #include "operations/paletteoperations.h"
 #include "operations/selectionlist.h"
 #include "palette/describedexception.h"
@@ -124,6 +125,11 @@ std::map<QString, MacroPlayer::Handler> builtinSteps()
     r["image_quantisize"] = [](MacroPlayer &, C &c, const P &p) {
         c.quantiseImage(ImageQuantisizeSettings::fromPairs(pairsOf(p)));
     };
+    // A generator's OK renders again from its settings, with whichever renderer is at hand.
+    for (const QString &name : GeneratorSettings::names())
+        r[GeneratorSettings::defaults(name).macroStep()] = [name](MacroPlayer &, C &c, const P &p) {
+            c.generateImage(GeneratorSettings::fromPairs(name, pairsOf(p)));
+        };
     return r;
 }
 

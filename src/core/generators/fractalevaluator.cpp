@@ -5,7 +5,14 @@
 #include <algorithm>
 #include <atomic>
 #include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <memory>
+#include <string>
 #include <thread>
+#include <type_traits>
 
 // This file is built with -ffp-contract=off: the shaders' formulas are evaluated operation by
 // operation, never fused, so that every path here gives the same bits.
@@ -36,21 +43,25 @@ template <class T> struct View
     {
     }
 
-    // The orbit's start z and constant c of texture coordinate (u, v).
-    void start(float u, float v, T &zx, T &zy, T &cx, T &cy) const
+    // The start of the orbit splits into a part of u alone and a part of v alone: z.x (Julia) or
+    // c.x (Mandelbrot) from u, z.y or c.y from v. A picture's columns share the first, its rows
+    // the second.
+    T fromU(float u) const
     {
-        const T tu = T(u), tv = T(v);
-        if (julia) {
-            zx = T(3) * (tu - T(0.5)) / zoom - offX;
-            zy = T(2) * (tv - T(0.5)) / zoom - offY;
-            cx = cr;
-            cy = ci;
-        } else {
-            cx = T(-0.5) + (tu - T(0.5)) * T(3) / zoom - offX;
-            cy = (tv - T(0.5)) * T(3) / zoom - offY;
-            zx = cx;
-            zy = cy;
-        }
+        return julia ? T(3) * (T(u) - T(0.5)) / zoom - offX : T(-0.5) + (T(u) - T(0.5)) * T(3) / zoom - offX;
+    }
+    T fromV(float v) const
+    {
+        return julia ? T(2) * (T(v) - T(0.5)) / zoom - offY : (T(v) - T(0.5)) * T(3) / zoom - offY;
+    }
+
+    // The orbit's start z and constant c from the parts of u and v.
+    void start(T a, T b, T &zx, T &zy, T &cx, T &cy) const
+    {
+        zx = a;
+        zy = b;
+        cx = julia ? cr : a;
+        cy = julia ? ci : b;
     }
 
     // The value of an orbit that stopped after i steps; (x, y) is the first point with
@@ -81,7 +92,7 @@ template <class T> struct View
     float at(float u, float v) const
     {
         T zx, zy, cx, cy;
-        start(u, v, zx, zy, cx, cy);
+        start(fromU(u), fromV(v), zx, zy, cx, cy);
         T x = 0, y = 0;
         int i = 0;
         for (; i < iterations; ++i) {
@@ -96,64 +107,254 @@ template <class T> struct View
     }
 };
 
-// Runs rows(first, last) over every core, in bands taken from a shared counter so that the slow
-// rows (deep inside a set) do not leave a core idle. The calling thread reports progress and
-// stops the others when progress says so. False when cancelled.
-template <class Rows>
-bool forRows(int height, const FractalEvaluator::Progress &progress, const Rows &rows)
+// Bands of rows handed out to the threads from a shared counter, so that the slow rows (deep
+// inside a set) do not leave a core idle. The calling thread's feed reports progress and stops
+// the others when progress says so.
+struct Bands
 {
-    constexpr int band = 4;
-    const int bands = (height + band - 1) / band;
+    static constexpr int rows = 4;
+    int height = 0;
+    int count = 0;
     std::atomic<int> next{0};
-    std::atomic<int> done{0};
     std::atomic<bool> cancelled{false};
-    int lastPercent = -1;
-    auto work = [&](bool reporting) {
-        for (;;) {
-            if (cancelled.load(std::memory_order_relaxed))
-                return;
-            const int b = next.fetch_add(1);
-            if (b >= bands)
-                return;
-            rows(b * band, std::min(height, (b + 1) * band));
-            const int finished = done.fetch_add(1) + 1;
-            if (reporting && progress) {
-                const int percent = int(int64_t(finished) * 100 / bands);
-                if (percent != lastPercent) {
-                    lastPercent = percent;
-                    if (!progress(percent))
-                        cancelled = true;
+    const FractalEvaluator::Progress *progress = nullptr;
+    int lastPercent = -1; // the reporting thread's alone
+};
+
+class Feed
+{
+public:
+    Feed(Bands &bands, bool reporting) : m_bands(bands), m_reporting(reporting && *bands.progress) {}
+
+    // The next band's rows [first, last); false when none is left or the work was cancelled.
+    bool next(int &first, int &last)
+    {
+        if (m_bands.cancelled.load(std::memory_order_relaxed))
+            return false;
+        const int b = m_bands.next.fetch_add(1);
+        if (m_reporting) {
+            // Bands handed out so far, the last of them not yet done.
+            const int percent = int(int64_t(std::min(b, m_bands.count)) * 100 / m_bands.count);
+            if (percent != m_bands.lastPercent) {
+                m_bands.lastPercent = percent;
+                if (!(*m_bands.progress)(percent)) {
+                    m_bands.cancelled = true;
+                    return false;
                 }
             }
         }
-    };
+        if (b >= m_bands.count)
+            return false;
+        first = b * Bands::rows;
+        last = std::min(m_bands.height, first + Bands::rows);
+        return true;
+    }
+
+private:
+    Bands &m_bands;
+    bool m_reporting;
+};
+
+// Runs work(feed) on every core, each with its own feed of bands. False when cancelled.
+template <class Work>
+bool onEveryCore(int height, const FractalEvaluator::Progress &progress, const Work &work)
+{
+    Bands bands;
+    bands.height = height;
+    bands.count = (height + Bands::rows - 1) / Bands::rows;
+    bands.progress = &progress;
     const int helpers = std::max(1, int(std::thread::hardware_concurrency())) - 1;
     std::vector<std::thread> threads;
     threads.reserve(size_t(helpers));
-    for (int t = 0; t < helpers && t + 1 < bands; ++t)
-        threads.emplace_back(work, false);
-    work(true);
+    for (int t = 0; t < helpers && t + 1 < bands.count; ++t)
+        threads.emplace_back([&] {
+            Feed feed(bands, false);
+            work(feed);
+        });
+    {
+        Feed feed(bands, true);
+        work(feed);
+    }
     for (auto &t : threads)
         t.join();
     // The last bands may have been finished by the helpers.
-    if (!cancelled && progress && lastPercent != 100 && !progress(100))
-        cancelled = true;
-    return !cancelled;
+    if (!bands.cancelled && progress && bands.lastPercent != 100 && !progress(100))
+        bands.cancelled = true;
+    return !bands.cancelled;
 }
 
-template <class T>
+template <class Rows> bool forRows(int height, const FractalEvaluator::Progress &progress, const Rows &rows)
+{
+    return onEveryCore(height, progress, [&](Feed &feed) {
+        int first, last;
+        while (feed.next(first, last))
+            rows(first, last);
+    });
+}
+
+// The parts of the orbits' starts by column and by row (View::fromU, View::fromV).
+template <class T> struct Starts
+{
+    std::vector<T> columns, rows;
+
+    Starts(const View<T> &view, const GeneratorGrid &grid) : columns(size_t(grid.width)), rows(size_t(grid.height))
+    {
+        float u, v;
+        for (int x = 0; x < grid.width; ++x) {
+            grid.texCoord(x, 0, u, v);
+            columns[size_t(x)] = view.fromU(u);
+        }
+        for (int y = 0; y < grid.height; ++y) {
+            grid.texCoord(0, y, u, v);
+            rows[size_t(y)] = view.fromV(v);
+        }
+    }
+};
+
+// The pixels of one thread in order, band after band from its feed.
+class PixelStream
+{
+public:
+    PixelStream(Feed &feed, int width) : m_feed(feed), m_width(width), m_x(width) {}
+
+    bool next(int &x, int &y)
+    {
+        if (m_x == m_width) {
+            if (!m_more)
+                return false;
+            if (++m_y >= m_last && !(m_more = m_feed.next(m_y, m_last)))
+                return false;
+            m_x = 0;
+        }
+        x = m_x++;
+        y = m_y;
+        return true;
+    }
+
+private:
+    Feed &m_feed;
+    int m_width;
+    int m_x; // m_x == m_width: the row is done
+    int m_y = -1, m_last = 0;
+    bool m_more = true;
+};
+
+// The widest vector kernels the processor runs, lowered by CHROMAXIS_SIMD ("avx2" or "none") so
+// that the tests can check every kernel on a machine that has the widest.
+enum class Simd
+{
+    None,
+    Avx2,
+    Avx512
+};
+
+Simd simd()
+{
+#if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__)
+    static const Simd level = [] {
+        const char *cap = std::getenv("CHROMAXIS_SIMD");
+        const std::string limit = cap ? cap : "";
+        if (limit == "none" || !__builtin_cpu_supports("avx2"))
+            return Simd::None;
+        if (limit == "avx2" || !__builtin_cpu_supports("avx512f"))
+            return Simd::Avx2;
+        return Simd::Avx512;
+    }();
+    return level;
+#else
+    return Simd::None;
+#endif
+}
+
+struct Job
+{
+    View<float> single;
+    View<double> precise;
+    bool useDouble;
+    const Starts<float> *singleStarts;
+    const Starts<double> *preciseStarts;
+    const GeneratorGrid &grid;
+    float *out;
+};
+
+using KernelRun = void (*)(const Job &, Feed &);
+
+namespace plain {
+#include "generators/fractalkernel.h"
+
+void run(const Job &job, Feed &feed)
+{
+    if (job.useDouble)
+        Kernel<double, 2, 2>::run(job.precise, *job.preciseStarts, job.grid, job.out, feed);
+    else
+        Kernel<float, 4, 2>::run(job.single, *job.singleStarts, job.grid, job.out, feed);
+}
+} // namespace plain
+
+#if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__)
+#pragma GCC push_options
+#pragma GCC target("avx2")
+namespace avx2 {
+#include "generators/fractalkernel.h"
+
+void run(const Job &job, Feed &feed)
+{
+    if (job.useDouble)
+        Kernel<double, 4, 2>::run(job.precise, *job.preciseStarts, job.grid, job.out, feed);
+    else
+        Kernel<float, 8, 2>::run(job.single, *job.singleStarts, job.grid, job.out, feed);
+}
+} // namespace avx2
+#pragma GCC pop_options
+
+#pragma GCC push_options
+#pragma GCC target("avx512f")
+namespace avx512 {
+#include "generators/fractalkernel.h"
+
+void run(const Job &job, Feed &feed)
+{
+    if (job.useDouble)
+        Kernel<double, 8, 2>::run(job.precise, *job.preciseStarts, job.grid, job.out, feed);
+    else
+        Kernel<float, 16, 2>::run(job.single, *job.singleStarts, job.grid, job.out, feed);
+}
+} // namespace avx512
+#pragma GCC pop_options
+#endif
+
+KernelRun kernelRun()
+{
+#if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__)
+    switch (simd()) {
+    case Simd::Avx512:
+        return avx512::run;
+    case Simd::Avx2:
+        return avx2::run;
+    case Simd::None:
+        break;
+    }
+#endif
+    return plain::run;
+}
+
 bool escapeValues(const GeneratorSettings &settings, const GeneratorGrid &grid, std::vector<float> &out,
                   const FractalEvaluator::Progress &progress)
 {
-    const View<T> view(settings, isJuliaFamily(settings.name));
-    return forRows(grid.height, progress, [&](int first, int last) {
-        for (int y = first; y < last; ++y)
-            for (int x = 0; x < grid.width; ++x) {
-                float u, v;
-                grid.texCoord(x, y, u, v);
-                out[size_t(y) * size_t(grid.width) + size_t(x)] = view.at(u, v);
-            }
-    });
+    const bool julia = isJuliaFamily(settings.name);
+    const bool useDouble = settings.precision == GeneratorSettings::Double;
+    Job job{View<float>(settings, julia), View<double>(settings, julia), useDouble, nullptr, nullptr, grid,
+            out.data()};
+    std::unique_ptr<Starts<float>> singleStarts;
+    std::unique_ptr<Starts<double>> preciseStarts;
+    if (useDouble)
+        preciseStarts = std::make_unique<Starts<double>>(job.precise, grid);
+    else
+        singleStarts = std::make_unique<Starts<float>>(job.single, grid);
+    job.singleStarts = singleStarts.get();
+    job.preciseStarts = preciseStarts.get();
+    const KernelRun run = kernelRun();
+    return onEveryCore(grid.height, progress, [&](Feed &feed) { run(job, feed); });
 }
 
 // The gasket's colour of texture coordinate (u, v), as ARGB.
@@ -227,9 +428,7 @@ bool values(const GeneratorSettings &settings, const GeneratorGrid &grid, std::v
     if (settings.name != QLatin1String("mandelbrot") && !isJuliaFamily(settings.name))
         return false;
     out.assign(size_t(grid.width) * size_t(grid.height), 0.0f);
-    if (settings.precision == GeneratorSettings::Double)
-        return escapeValues<double>(settings, grid, out, progress);
-    return escapeValues<float>(settings, grid, out, progress);
+    return escapeValues(settings, grid, out, progress);
 }
 
 QImage apollonian(const GeneratorSettings &settings, const GeneratorGrid &grid)

@@ -1,5 +1,6 @@
 #include "generators/generatorgl.h"
 
+#include <QFile>
 #include <QOpenGLContext>
 #include <QOpenGLFunctions>
 #include <QOpenGLFunctions_2_1>
@@ -105,6 +106,11 @@ bool GeneratorGL::Private::buildProgram(const QString &fragment, QString *error)
     program.reset();
     uniforms.clear();
     programShader.clear();
+    if (!QFile::exists(fragment)) {
+        if (error)
+            *error = QStringLiteral("The shader %1 does not exist.").arg(fragment);
+        return false;
+    }
     auto p = std::make_unique<QOpenGLShaderProgram>();
     const bool built = p->addShaderFromSourceFile(QOpenGLShader::Vertex, vertexShader)
                        && p->addShaderFromSourceFile(QOpenGLShader::Fragment, fragment) && p->link();

@@ -26,6 +26,9 @@ QSurfaceFormat requestedFormat(bool fp64)
     QSurfaceFormat format;
     format.setRenderableType(QSurfaceFormat::OpenGL);
     format.setProfile(QSurfaceFormat::CompatibilityProfile);
+    // Without it a request for 4.0 is taken as forward-compatible and gets a core profile, which
+    // has no fixed-function matrices.
+    format.setOption(QSurfaceFormat::DeprecatedFunctions);
     format.setRedBufferSize(8);
     format.setGreenBufferSize(8);
     format.setBlueBufferSize(8);
