@@ -4,6 +4,7 @@
 // the view moves.
 #include "chromaxismainwindow.h"
 #include "document/chromaxismacrosystem.h"
+#include "document/macroplayer.h"
 #include "generators/fractalevaluator.h"
 #include "generators/generatoroutput.h"
 #include "generators/imagegenerator.h"
@@ -248,6 +249,13 @@ void TestGeneratorDialogs::generateThroughMenu()
     QVERIFY(recorded.back().parameters.contains("\n" + key + ":"));
     QCOMPARE(SettingsText::value(SettingsText::parse(recorded.back().parameters, name), key).toDouble(),
              value.toDouble());
+    // The recorded step, replayed on another document with the same palette, makes the same image.
+    ChromaxisDocument replay;
+    replay.setPalette(w.document().palette());
+    MacroPlayer().play(replay, {recorded.back()});
+    QCOMPARE(replay.image().mode(), mode);
+    QCOMPARE(replay.image().picture().convertToFormat(QImage::Format_ARGB32),
+             image.picture().convertToFormat(QImage::Format_ARGB32));
 
     w.undo();
     QCOMPARE(w.document().image().width(), 8);
