@@ -12,6 +12,9 @@ vec4 mod289(vec4 x) { return x - floor(x * (1.0 / 289.0)) * 289.0; }
 vec4 permute(vec4 x) { return mod289((x * 34.0 + 10.0) * x); }
 vec4 inverseLength(vec4 r) { return 1.79284291400159 - 0.85373472095314 * r; }
 vec2 fade(vec2 t) { return t * t * t * (t * (t * 6.0 - 15.0) + 10.0); }
+// mix() written out, so that every driver rounds it alike (and the processor with it).
+float blend(float a, float b, float t) { return a + t * (b - a); }
+vec2 blend(vec2 a, vec2 b, float t) { return a + t * (b - a); }
 
 float classicNoise(vec2 P)
 {
@@ -34,8 +37,8 @@ float classicNoise(vec2 P)
 
     vec4 corner = gx * fx + gy * fy;
     vec2 t = fade(Pf.xy);
-    vec2 alongX = mix(corner.xz, corner.yw, t.x);
-    return 2.3 * mix(alongX.x, alongX.y, t.y);
+    vec2 alongX = blend(corner.xz, corner.yw, t.x);
+    return 2.3 * blend(alongX.x, alongX.y, t.y);
 }
 
 vec4 encode(float value)

@@ -13,6 +13,10 @@ vec4 mod289(vec4 x) { return x - floor(x * (1.0 / 289.0)) * 289.0; }
 vec4 permute(vec4 x) { return mod289((x * 34.0 + 10.0) * x); }
 vec4 inverseLength(vec4 r) { return 1.79284291400159 - 0.85373472095314 * r; }
 vec3 fade(vec3 t) { return t * t * t * (t * (t * 6.0 - 15.0) + 10.0); }
+// mix() written out, so that every driver rounds it alike (and the processor with it).
+float blend(float a, float b, float t) { return a + t * (b - a); }
+vec2 blend(vec2 a, vec2 b, float t) { return a + t * (b - a); }
+vec4 blend(vec4 a, vec4 b, float t) { return a + t * (b - a); }
 
 // The gradients of the four corners of one z layer, normalised; their dot products with the
 // corner offsets (fx, fy, fz).
@@ -48,9 +52,9 @@ float classicNoise(vec3 P)
     vec4 n1 = layer(permute(hxy + Pi1.z), fx, fy, Pf1.z);
 
     vec3 t = fade(Pf0);
-    vec4 alongZ = mix(n0, n1, t.z);
-    vec2 alongY = mix(alongZ.xy, alongZ.zw, t.y);
-    return 2.2 * mix(alongY.x, alongY.y, t.x);
+    vec4 alongZ = blend(n0, n1, t.z);
+    vec2 alongY = blend(alongZ.xy, alongZ.zw, t.y);
+    return 2.2 * blend(alongY.x, alongY.y, t.x);
 }
 
 vec4 encode(float value)

@@ -4,6 +4,8 @@
 // The view and the orbit are doubles; the value, its encoding and the palette look-up are as in
 // the single-precision shader. "smooth" is a keyword of this GLSL version, so the fractional count
 // is switched by "smoothing"; double logarithms do not exist here, so |z| is taken to float first.
+// The orbit is "precise": a fused multiply-add would round differently from the processor's
+// evaluation, and deep in a zoom one rounding changes the count.
 
 uniform sampler1D tex;
 uniform int gray = 0;
@@ -25,13 +27,13 @@ vec4 encodeValue(float value)
 void main()
 {
     dvec2 uv = dvec2(gl_TexCoord[0].xy);
-    dvec2 c;
+    precise dvec2 c;
     c.x = -0.5 + (uv.x - 0.5) * 3.0 / zoom - off.x;
     c.y = (uv.y - 0.5) * 3.0 / zoom - off.y;
-    dvec2 z = c;
+    precise dvec2 z = c;
 
-    double x = 0.0;
-    double y = 0.0;
+    precise double x = 0.0;
+    precise double y = 0.0;
     int i;
     for (i = 0; i < iter; i++) {
         x = z.x * z.x - z.y * z.y + c.x;
@@ -47,7 +49,7 @@ void main()
             // Carried on to |z|^2 > 65536 first: at radius 2 the fractional count jumps by up to
             // a band at the band edges.
             for (int k = 0; k < 8 && x * x + y * y <= 65536.0; k++) {
-                double nx = x * x - y * y + c.x;
+                precise double nx = x * x - y * y + c.x;
                 y = 2.0 * x * y + c.y;
                 x = nx;
                 i++;

@@ -113,6 +113,25 @@ private slots:
         QCOMPARE(project.palette.size(), 2);
         QCOMPARE(project.image.mode(), int(DocumentImage::Indexed8));
         QCOMPARE(project.image.width(), 16);
+        // An image's own colours serve as the palette; an RGB picture has none to give.
+        QImage indexed(4, 4, QImage::Format_Indexed8);
+        indexed.setColorTable({qRgb(255, 0, 0), qRgb(0, 255, 0), qRgb(0, 0, 255)});
+        indexed.fill(0);
+        QVERIFY(indexed.save(path("three.png")));
+        r = runWith(false, {"generate", "noise", path("t.png"), "--palette", path("three.png"), "--target", "rgb",
+                            "--renderer", "cpu", "--size", "16x16"});
+        QVERIFY2(r.code == 0, qPrintable(r.err));
+        const QImage three = QImage(path("t.png")).convertToFormat(QImage::Format_RGB32);
+        QSet<QRgb> seen;
+        for (int y = 0; y < three.height(); ++y)
+            for (int x = 0; x < three.width(); ++x)
+                seen.insert(three.pixel(x, y));
+        QVERIFY(seen.size() >= 2);
+        QVERIFY(seen.subtract({qRgb(255, 0, 0), qRgb(0, 255, 0), qRgb(0, 0, 255)}).isEmpty());
+        QVERIFY(QImage(path("n.png")).save(path("rgb.png")));
+        r = runWith(false, {"generate", "noise", path("x.png"), "--palette", path("rgb.png"), "--renderer", "cpu"});
+        QCOMPARE(r.code, 1);
+        QVERIFY2(r.err.contains("brings no colours of its own"), qPrintable(r.err));
         // A settings file gives the size; --size overrides it.
         QVERIFY(writeFile(path("m.txt"), "mandelbrot 2.0.0\niterations:30\nxsize:24\nysize:8\n"));
         r = runWith(false, {"generate", "mandelbrot", path("m1.npy"), "--settings", path("m.txt"), "--renderer", "cpu"});

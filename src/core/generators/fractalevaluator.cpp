@@ -192,12 +192,15 @@ template <class Rows> bool forRows(int height, const FractalEvaluator::Progress 
     });
 }
 
-// The parts of the orbits' starts by column and by row (View::fromU, View::fromV).
+// The parts of the orbits' starts by column and by row (View::fromU, View::fromV); the columns
+// run on by a vector's worth of lanes, so that a row's last vector reads no further.
 template <class T> struct Starts
 {
+    static constexpr int padding = 64;
     std::vector<T> columns, rows;
 
-    Starts(const View<T> &view, const GeneratorGrid &grid) : columns(size_t(grid.width)), rows(size_t(grid.height))
+    Starts(const View<T> &view, const GeneratorGrid &grid)
+        : columns(size_t(grid.width) + padding), rows(size_t(grid.height))
     {
         float u, v;
         for (int x = 0; x < grid.width; ++x) {
@@ -217,7 +220,8 @@ class PixelStream
 public:
     PixelStream(Feed &feed, int width) : m_feed(feed), m_width(width), m_x(width) {}
 
-    bool next(int &x, int &y)
+    // The next at most count pixels [x0, x0 + n) of row y.
+    bool next(int count, int &y, int &x0, int &n)
     {
         if (m_x == m_width) {
             if (!m_more)
@@ -226,8 +230,10 @@ public:
                 return false;
             m_x = 0;
         }
-        x = m_x++;
         y = m_y;
+        x0 = m_x;
+        n = std::min(count, m_width - m_x);
+        m_x += n;
         return true;
     }
 

@@ -249,6 +249,8 @@ bool GeneratorGL::drawWith(const QString &fragment, const GeneratorSettings &set
     d->setUniform(f, QStringLiteral("zoom"), {s.zoom, 0, 0, 0});
     d->setUniform(f, QStringLiteral("c"), {s.cr, s.ci, 0, 0});
     d->setUniform(f, QStringLiteral("smooth"), {s.smooth ? 1.0 : 0.0, 0, 0, 0});
+    // "smooth" is a keyword from GLSL 1.30 on: the double-precision shaders call it "smoothing".
+    d->setUniform(f, QStringLiteral("smoothing"), {s.smooth ? 1.0 : 0.0, 0, 0, 0});
     d->setUniform(f, QStringLiteral("off"), {s.xoff, s.yoff, s.zoff, 0});
     d->setUniform(f, QStringLiteral("scale"), {s.xadd, s.yadd, 1, 1});
     d->setUniform(f, QStringLiteral("p1"), {0.5, 0.5, 0, 0});

@@ -33,10 +33,11 @@ QSurfaceFormat requestedFormat(bool fp64)
     format.setGreenBufferSize(8);
     format.setBlueBufferSize(8);
     format.setAlphaBufferSize(8);
-    // Double precision in the shaders needs GLSL 4.00; the fixed-function quad needs a
-    // compatibility context all the same.
-    if (fp64)
-        format.setVersion(4, 0);
+    // Double precision in the shaders needs GLSL 4.00 and the fixed-function quad a compatibility
+    // context. Asking for version 4.0 gets a core context from Mesa's GLX (no fixed function), while
+    // the default is its newest compatibility context; where that is older than 4.0 the
+    // double-precision program fails to build and the caller evaluates on the processor.
+    (void)fp64;
     return format;
 }
 

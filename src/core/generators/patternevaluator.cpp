@@ -16,7 +16,8 @@ inline float glFract(float x) { return x - std::floor(x); }
 inline float glMin(float x, float y) { return y < x ? y : x; }
 inline float glMax(float x, float y) { return x < y ? y : x; }
 inline float glStep(float edge, float x) { return x < edge ? 0.0f : 1.0f; }
-inline float glMix(float x, float y, float a) { return x * (1.0f - a) + y * a; }
+// mix() as the shaders write it out (their blend()), the form GL drivers compute.
+inline float blend(float a, float b, float t) { return a + t * (b - a); }
 
 inline float mod289(float x) { return x - std::floor(x * (1.0f / 289.0f)) * 289.0f; }
 inline float mod7(float x) { return x - std::floor(x * (1.0f / 7.0f)) * 7.0f; }
@@ -82,10 +83,9 @@ Uniforms uniformsOf(const GeneratorSettings &settings)
     else
         throw DescribedException(QStringLiteral("Unknown generator"),
                                  QStringLiteral("%1 is not a pattern generator.").arg(settings.name));
-    // The dialogs offer only the listed methods and shapes; anything else falls back on the
-    // first, as the renderer does when it picks the shader.
-    const int methods = u.kind == Uniforms::Noise ? 6 : 3;
-    u.method = settings.method >= 0 && settings.method < methods ? settings.method : 0;
+    // The dialogs offer only the listed methods and shapes; a number beyond them takes the
+    // nearest, as the renderer does when it picks the shader.
+    u.method = std::clamp(settings.method, 0, u.kind == Uniforms::Noise ? 5 : 2);
     u.offX = float(settings.xoff);
     u.offY = float(settings.yoff);
     u.offZ = float(settings.zoff);
@@ -235,9 +235,9 @@ float classicNoise2D(float x, float y)
         corner[c] = gx * fx[c] + gy * fy[c];
     }
     const float tx = fade(Pfx), ty = fade(Pfy);
-    const float alongX0 = glMix(corner[0], corner[1], tx);
-    const float alongX1 = glMix(corner[2], corner[3], tx);
-    return 2.3f * glMix(alongX0, alongX1, ty);
+    const float alongX0 = blend(corner[0], corner[1], tx);
+    const float alongX1 = blend(corner[2], corner[3], tx);
+    return 2.3f * blend(alongX0, alongX1, ty);
 }
 
 float classicNoise3D(float x, float y, float z)
@@ -268,10 +268,10 @@ float classicNoise3D(float x, float y, float z)
     const float tx = fade(Pf0[0]), ty = fade(Pf0[1]), tz = fade(Pf0[2]);
     float alongZ[4];
     for (int c = 0; c < 4; ++c)
-        alongZ[c] = glMix(n0[c], n1[c], tz);
-    const float alongY0 = glMix(alongZ[0], alongZ[2], ty);
-    const float alongY1 = glMix(alongZ[1], alongZ[3], ty);
-    return 2.2f * glMix(alongY0, alongY1, tx);
+        alongZ[c] = blend(n0[c], n1[c], tz);
+    const float alongY0 = blend(alongZ[0], alongZ[2], ty);
+    const float alongY1 = blend(alongZ[1], alongZ[3], ty);
+    return 2.2f * blend(alongY0, alongY1, tx);
 }
 
 float simplexNoise2D(float x, float y)

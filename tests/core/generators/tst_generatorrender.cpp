@@ -156,6 +156,22 @@ private slots:
         QVERIFY2(*hi > *lo, "a uniform picture");
     }
 
+    // Where the driver cannot build the double-precision shaders, the processor computes the
+    // same picture in double. Registered as a run of its own with an OpenGL held to 2.1.
+    void doublePrecisionFallsBackToTheProcessor()
+    {
+        if (!qEnvironmentVariableIsSet("CHROMAXIS_EXPECT_NO_FP64"))
+            return; // the main run renders double precision with the shaders
+        GeneratorSettings s = sized(preset("julia", 2), 48, 32);
+        s.precision = GeneratorSettings::Double;
+        const GeneratorRaster gl = ImageGenerator::render(s, grayscalePalette(), ImageGenerator::Renderer::Gl);
+        const GeneratorRaster cpu = ImageGenerator::render(s, grayscalePalette(), ImageGenerator::Renderer::Cpu);
+        QCOMPARE(gl.values, cpu.values);
+        // Single precision still draws with the shaders there.
+        s.precision = GeneratorSettings::Single;
+        QVERIFY(ImageGenerator::render(s, grayscalePalette(), ImageGenerator::Renderer::Gl).values != cpu.values);
+    }
+
     // The gasket colours itself: neither its picture nor its preview follows the palette.
     void apollonianIgnoresThePalette()
     {
