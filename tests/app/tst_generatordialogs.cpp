@@ -18,6 +18,7 @@
 #include "img_gen/julia/juliadialog.h"
 #include "img_gen/mandelbrot/mandelbrotdialog.h"
 #include "img_gen/noise/noisedialog.h"
+#include "operations/palettegenerators.h"
 #include "palette/standardpalettes.h"
 #include "storage/palettedatabase.h"
 #include "storage/settingsstore.h"
@@ -148,6 +149,8 @@ private slots:
     void wheelZooms();
     void oneColourPaletteGivesUniformPreview();
     void apollonianIgnoresThePalette();
+    void previewShowsThePicture_data();
+    void previewShowsThePicture();
     void movingViewDrawsReduced();
     void doublePrecisionPreview();
     void previewFrameTimes_data();
@@ -511,6 +514,36 @@ void TestGeneratorDialogs::apollonianIgnoresThePalette()
     // The view still moves it.
     setField(&dialog, "zoom", "3");
     QVERIFY(dialog.preview()->grabFramebuffer() != gray);
+}
+
+void TestGeneratorDialogs::previewShowsThePicture_data()
+{
+    QTest::addColumn<QString>("name");
+    for (const QString name : {"mandelbrot", "julia", "plasma", "noise", "gradient", "moiree"})
+        QTest::newRow(qPrintable(name)) << name;
+}
+
+void TestGeneratorDialogs::previewShowsThePicture()
+{
+    // The preview at the output's size shows the very picture OK makes, the right way up.
+    QFETCH(QString, name);
+    const Palette<uint> palette = PaletteGenerators::hueRotation(256);
+    const auto dialog = makeDialog(name, palette);
+    dialog->start();
+    setField(dialog.get(), "xsize", "200");
+    setField(dialog.get(), "ysize", "200");
+    setField(dialog.get(), "target", QString::number(GeneratorSettings::Rgb));
+    showWithPreview(*dialog, QSize(200, 200));
+    const QImage frame = dialog->preview()->grabFramebuffer().convertToFormat(QImage::Format_RGB32);
+    const QImage picture =
+        ImageGenerator::generate(dialog->settings(), palette).picture().convertToFormat(QImage::Format_RGB32);
+    QCOMPARE(picture.size(), frame.size());
+    QVERIFY(!uniform(picture));
+    int same = 0;
+    for (int y = 0; y < 200; ++y)
+        for (int x = 0; x < 200; ++x)
+            same += frame.pixel(x, y) == picture.pixel(x, y);
+    QVERIFY2(same >= 200 * 200 * 98 / 100, qPrintable(QString::number(same)));
 }
 
 void TestGeneratorDialogs::movingViewDrawsReduced()
