@@ -12,6 +12,7 @@
 class CXPropertyWidget;
 class ImageLabel;
 class PaletteDatabase;
+class GenImageDialog;
 class PaletteDialog;
 class PaletteView;
 class MacroPlayer;
@@ -140,6 +141,14 @@ public slots:
     void imageRotateCW();
     void imageRotateCCW();
     void imageTransform(const QString &step);
+    // Image > Generate (chromaxismainwindow_generate.cpp)
+    void imageGenerateMandelbrot();
+    void imageGenerateJulia();
+    void imageGenerateApollonian();
+    void imageGenerateNoise();
+    void imageGeneratePlasma();
+    void imageGenerateGradient();
+    void imageGenerateMoiree();
     // Palette > Batch convert palettes...
     void paletteBatchConvert();
     // View
@@ -239,6 +248,8 @@ private:
     void setPaletteSizeTo(int size);
     void setCopyFormat(int format);
     void recordStep(const QString &name, const QString &parameters = QString());
+    // A generator dialog: OK renders its settings and replaces the image as one history step.
+    bool runGeneratorDialog(GenImageDialog &dialog);
     // Palette dialogs: live preview beside the document's palette, Cancel (or any other end) drops
     // it, OK commits the result as one history step and one macro step.
     bool runPaletteDialog(PaletteDialog &dialog);

@@ -316,7 +316,9 @@ void TestDocumentWindow::unbuiltCommandSaysSo()
     QString unbuilt;
     for (const ActionEntry &e : actionCatalogue()) {
         const QByteArray signature = QMetaObject::normalizedSignature(QByteArray(e.slot) + "()");
-        if (w.metaObject()->indexOfMethod(signature) < 0 && QByteArray(e.slot) != "close") {
+        // "close" and the toolbar toggles ("showBar...") are wired without a slot of their own.
+        if (w.metaObject()->indexOfMethod(signature) < 0 && QByteArray(e.slot) != "close"
+            && !QByteArray(e.slot).startsWith("showBar")) {
             unbuilt = QString::fromLatin1(e.slot);
             break;
         }
