@@ -137,19 +137,11 @@ void ChromaxisMainWindow::createActions()
         a->setCheckable(e.checkable);
         const QByteArray signature = QMetaObject::normalizedSignature(QByteArray(e.slot) + "()");
         const QString slot = QString::fromLatin1(e.slot);
-        if (metaObject()->indexOfMethod(signature) >= 0) {
+        // The tool bar toggles have no slot: they are wired to their bars where the bars are made.
+        if (metaObject()->indexOfMethod(signature) >= 0)
             connect(a, &QAction::triggered, this, [this, slot]() {
                 QMetaObject::invokeMethod(this, slot.toLatin1().constData(), Qt::DirectConnection);
             });
-        } else {
-            // Said out loud rather than ignored, so nobody mistakes it for a broken button.
-            const QString text = a->text().remove('&');
-            connect(a, &QAction::triggered, this, [this, text, a]() {
-                if (a->isCheckable())
-                    a->setChecked(!a->isChecked());
-                notAvailableYet(text);
-            });
-        }
         m_actions.insert(slot, a);
     }
     action("showStatusBar")->setChecked(true);
@@ -296,11 +288,6 @@ void ChromaxisMainWindow::updateProperties()
                                      m_document.imageWidth(),
                                      ChromaxisDocument::modeText(m_document.imageMode(),
                                                                  m_document.image().interpolate()));
-}
-
-void ChromaxisMainWindow::notAvailableYet(const QString &what)
-{
-    QMessageBox::information(this, QStringLiteral("Chromaxis"), tr("%1 is not available yet.").arg(what));
 }
 
 void ChromaxisMainWindow::closeEvent(QCloseEvent *event)

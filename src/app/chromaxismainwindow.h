@@ -231,7 +231,6 @@ private:
     void writeSettings() const;
     void openPresetDatabase();
     void updateActions();
-    void notAvailableYet(const QString &what);
     void showImage();
     void setScale(double scale);
     // The title's name and the zoom field of the status bar (chromaxismainwindow_status.cpp).

@@ -102,8 +102,7 @@ bool ChromaxisMainWindow::playMacroFile(const QString &path)
         return false;
     if (!report.skipped.isEmpty())
         QMessageBox::warning(this, tr("Play macro"),
-                             tr("%1 steps were played. These steps are not available yet and were "
-                                "skipped:\n%2")
+                             tr("%1 steps were played. These steps are unknown and were skipped:\n%2")
                                  .arg(report.played)
                                  .arg(report.skippedText()));
     else

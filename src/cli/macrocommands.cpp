@@ -23,6 +23,6 @@ int macroRun(CliContext &ctx)
     ProjectFile::write(output, DocumentProject::capture(document));
     if (!report.skipped.isEmpty())
         ctx.err << "warning: " << report.skipped.size()
-                << " steps are not available yet and were skipped: " << report.skippedText() << '\n';
+                << " steps are unknown and were skipped: " << report.skippedText() << '\n';
     return ExitOk;
 }

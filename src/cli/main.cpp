@@ -29,7 +29,7 @@ namespace {
 struct Command
 {
     QStringList words;                  // e.g. {"color", "to-space"}
-    std::function<int(CliContext &)> run; // empty: the feature is not built yet
+    std::function<int(CliContext &)> run;
 };
 
 const char *const usageText =
@@ -161,10 +161,6 @@ int main(int argc, char *argv[])
     for (const Command &cmd : commands()) {
         if (args.size() < cmd.words.size() || args.mid(0, cmd.words.size()) != cmd.words)
             continue;
-        if (!cmd.run) {
-            err << "not available yet\n";
-            return ExitUsage;
-        }
         CliContext ctx{args.mid(cmd.words.size()), out, err};
         try {
             return finish(out, err, cmd.run(ctx));

@@ -42,7 +42,7 @@ private slots:
     void interpolateAsksFirst();
     void selectionFiles();
     void saveMessages();
-    void unbuiltCommandSaysSo();
+    void everyCommandIsWired();
     void failuresSayWhy();
     void droppedFilesOpen();
     void hostileImagesSayWhy_data();
@@ -309,27 +309,15 @@ void TestDocumentWindow::saveMessages()
     QCOMPARE(QImage(path("copy.png")).pixel(0, 0), qRgb(10, 200, 30));
 }
 
-void TestDocumentWindow::unbuiltCommandSaysSo()
+void TestDocumentWindow::everyCommandIsWired()
 {
     ChromaxisMainWindow w(&m_db);
-    // Whichever command has no slot yet; the list shrinks as commands are built.
-    QString unbuilt;
+    // A catalogue entry without a slot would be a button that does nothing.
     for (const ActionEntry &e : actionCatalogue()) {
-        const QByteArray signature = QMetaObject::normalizedSignature(QByteArray(e.slot) + "()");
-        // "close" and the toolbar toggles ("showBar...") are wired without a slot of their own.
-        if (w.metaObject()->indexOfMethod(signature) < 0 && QByteArray(e.slot) != "close"
-            && !QByteArray(e.slot).startsWith("showBar")) {
-            unbuilt = QString::fromLatin1(e.slot);
-            break;
-        }
+        const QByteArray slot(e.slot);
+        const QByteArray signature = QMetaObject::normalizedSignature(slot + "()");
+        QVERIFY2(w.metaObject()->indexOfMethod(signature) >= 0 || slot.startsWith("showBar"), slot.constData());
     }
-    if (unbuilt.isEmpty())
-        QSKIP("every command of the catalogue is built");
-    SeenBox seen;
-    answerNextBox(seen, QMessageBox::Ok);
-    w.action(unbuilt)->trigger();
-    QVERIFY2(seen.seen, qPrintable(unbuilt));
-    QVERIFY2(seen.text.contains("not available yet"), qPrintable(seen.text));
 }
 
 void TestDocumentWindow::droppedFilesOpen()

@@ -13,7 +13,6 @@ private slots:
     void prints();
     void badUsage_data();
     void badUsage();
-    void notBuiltCommandsSaySo();
     void perceptualSpaces_data();
     void perceptualSpaces();
 };
@@ -69,17 +68,6 @@ void TestCliColor::badUsage()
     QCOMPARE(r.code, 2);
     QVERIFY(r.out.isEmpty());
     QVERIFY2(r.err.contains("Usage: chromaxis-cli"), qPrintable(r.err));
-}
-
-void TestCliColor::notBuiltCommandsSaySo()
-{
-    const CliRun r = runCli({"animation", "in.cxw", "out.gif", "--start", "0", "--end", "1", "--fps", "1"});
-    if (r.code == 2) {
-        QCOMPARE(r.err, QString("not available yet\n"));
-    } else {
-        // Once the animation writer exists the command must fail for the missing input, not hang.
-        QCOMPARE(r.code, 1);
-    }
 }
 
 void TestCliColor::perceptualSpaces_data()

@@ -273,7 +273,7 @@ void TestCliFailures::longValuesAreCut_data()
         unknown += QStringLiteral("%step later_%1\n").arg(i % 12) + "%step " + x + "\n";
     QTest::newRow("steps not built yet")
         << QStringList{"macro", "run", "@m.cxm", "@fire.gpl", "@o.cxw"} << unknown << 0
-        << "warning: 60 steps are not available yet and were skipped: later_0, " + cut +
+        << "warning: 60 steps are unknown and were skipped: later_0, " + cut +
                ", later_1, later_2, later_3, later_4, later_5, later_6, later_7, "
                "later_8 and 6 more";
 }
