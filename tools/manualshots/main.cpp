@@ -100,6 +100,10 @@ int main(int argc, char *argv[])
     shootDialog(window, "paletteManipulateTint", QStringLiteral("tint-dialog"));
     shootDialog(window, "paletteGenerateInterpolation", QStringLiteral("interpolation-dialog"));
     shootDialog(window, "imageModeConvert", QStringLiteral("convert-dialog"));
+    // The generators' previews are drawn through the palette the window shows.
+    for (const char *generator : {"Mandelbrot", "Julia", "Apollonian", "Plasma", "Noise", "Gradient", "Moiree"})
+        shootDialog(window, qPrintable(QStringLiteral("imageGenerate") + QLatin1String(generator)),
+                    QString::fromLatin1(generator).toLower() + QStringLiteral("-dialog"));
 
     QTimer::singleShot(400, []() {
         if (auto *d = qobject_cast<AboutDialog *>(QApplication::activeModalWidget())) {
