@@ -10,10 +10,7 @@ uniform int gray = 0;
 uniform vec4 off = vec4(0.0);
 uniform vec4 scale = vec4(1.0);
 
-float mod289(float x) { return x - floor(x * (1.0 / 289.0)) * 289.0; }
-vec2 mod289(vec2 x) { return x - floor(x * (1.0 / 289.0)) * 289.0; }
-float mod7(float x) { return x - floor(x * (1.0 / 7.0)) * 7.0; }
-float permute(float x) { return mod289((x * 34.0 + 10.0) * x); }
+#include "include/noiseblocks.glsl"
 
 // (F1, F2).
 vec2 cellular(vec2 P)
@@ -41,21 +38,12 @@ vec2 cellular(vec2 P)
     return sqrt(vec2(f1, f2));
 }
 
-vec4 encode(float value)
-{
-    // Green carries the high byte, blue the low byte; red is set only by 1.0. The framebuffer
-    // stores round(channel x 255), hence the division by 255.
-    float w = value * 65536.0;
-    float r = floor(w * (1.0 / 65536.0));
-    float g = floor((w - r * 65536.0) * (1.0 / 256.0));
-    float b = floor(w - r * 65536.0 - g * 256.0);
-    return vec4(r / 255.0, g / 255.0, b / 255.0, 1.0);
-}
+#include "include/readback.glsl"
 
 void main()
 {
     vec2 uv = gl_TexCoord[0].xy;
     vec2 P = vec2(uv.x * scale.x + off.x, uv.y * scale.y + off.y);
     float value = min(cellular(P).x, 1.0);
-    gl_FragColor = gray == 1 ? encode(value) : texture1D(tex, value);
+    gl_FragColor = gray == 1 ? encodeValue(value) : texture1D(tex, value);
 }

@@ -8,15 +8,7 @@ uniform int gray = 0;
 uniform vec4 off = vec4(0.0);
 uniform vec4 scale = vec4(1.0);
 
-vec3 mod289(vec3 x) { return x - floor(x * (1.0 / 289.0)) * 289.0; }
-vec4 mod289(vec4 x) { return x - floor(x * (1.0 / 289.0)) * 289.0; }
-vec4 permute(vec4 x) { return mod289((x * 34.0 + 10.0) * x); }
-vec4 inverseLength(vec4 r) { return 1.79284291400159 - 0.85373472095314 * r; }
-vec3 fade(vec3 t) { return t * t * t * (t * (t * 6.0 - 15.0) + 10.0); }
-// mix() written out, so that every driver rounds it alike (and the processor with it).
-float blend(float a, float b, float t) { return a + t * (b - a); }
-vec2 blend(vec2 a, vec2 b, float t) { return a + t * (b - a); }
-vec4 blend(vec4 a, vec4 b, float t) { return a + t * (b - a); }
+#include "include/noiseblocks.glsl"
 
 // The gradients of the four corners of one z layer, normalised; their dot products with the
 // corner offsets (fx, fy, fz).
@@ -57,21 +49,12 @@ float classicNoise(vec3 P)
     return 2.2 * blend(alongY.x, alongY.y, t.x);
 }
 
-vec4 encode(float value)
-{
-    // Green carries the high byte, blue the low byte; red is set only by 1.0. The framebuffer
-    // stores round(channel x 255), hence the division by 255.
-    float w = value * 65536.0;
-    float r = floor(w * (1.0 / 65536.0));
-    float g = floor((w - r * 65536.0) * (1.0 / 256.0));
-    float b = floor(w - r * 65536.0 - g * 256.0);
-    return vec4(r / 255.0, g / 255.0, b / 255.0, 1.0);
-}
+#include "include/readback.glsl"
 
 void main()
 {
     vec2 uv = gl_TexCoord[0].xy;
     vec3 P = vec3(uv.x * scale.x + off.x, uv.y * scale.y + off.y, off.z);
     float value = min(classicNoise(P) * 0.5 + 0.5, 1.0);
-    gl_FragColor = gray == 1 ? encode(value) : texture1D(tex, value);
+    gl_FragColor = gray == 1 ? encodeValue(value) : texture1D(tex, value);
 }

@@ -9,16 +9,7 @@ uniform int gray = 0;
 uniform vec4 off = vec4(0.0);
 uniform vec4 scale = vec4(1.0);
 
-vec4 encode(float value)
-{
-    // Green carries the high byte, blue the low byte; red is set only by 1.0. The framebuffer
-    // stores round(channel x 255), hence the division by 255.
-    float w = value * 65536.0;
-    float r = floor(w * (1.0 / 65536.0));
-    float g = floor((w - r * 65536.0) * (1.0 / 256.0));
-    float b = floor(w - r * 65536.0 - g * 256.0);
-    return vec4(r / 255.0, g / 255.0, b / 255.0, 1.0);
-}
+#include "include/readback.glsl"
 
 void main()
 {
@@ -26,5 +17,5 @@ void main()
     float span = abs(scale.x) + abs(scale.y);
     float along = z.x * scale.x + z.y * scale.y;
     float value = span > 0.0 ? min(along / span, 1.0) : 0.0;
-    gl_FragColor = gray == 1 ? encode(value) : texture1D(tex, value);
+    gl_FragColor = gray == 1 ? encodeValue(value) : texture1D(tex, value);
 }

@@ -12,14 +12,7 @@ uniform float norm = 60.0;
 // The fractional count n + 1 - log2(log|z|) instead of n, so that colour cycling shows no bands.
 uniform int smooth = 0;
 
-vec4 encodeValue(float value)
-{
-    float w = value * 65536.0;
-    float r = floor(w / 65536.0);
-    float g = floor((w - r * 65536.0) / 256.0);
-    float b = floor(w - r * 65536.0 - g * 256.0);
-    return vec4(r / 255.0, g / 255.0, b / 255.0, 1.0);
-}
+#include "include/readback.glsl"
 
 void main()
 {
@@ -30,67 +23,11 @@ void main()
     c.y = (uv.y - 0.5) * 3.0 / zoom - off.y;
 
     vec2 z = c;
-    // The squares of one step are the next step's: computed once, they are also never fused
-    // into a multiply-add, which would round differently from the processor's evaluation.
-    float x = 0.0;
-    float y = 0.0;
-    float x2 = z.x * z.x;
-    float y2 = z.y * z.y;
-    // The first steps, where most orbits end, as written. The orbits still going after them are
-    // checked for a cycle as well: one that comes back exactly onto a point it passed repeats for
-    // ever and never escapes, so it stops there with the value the full count would give.
-    int first = iter < 1024 ? iter : 1024;
-    int i;
-    for (i = 0; i < first; i++) {
-        x = x2 - y2 + c.x;
-        y = 2.0 * z.x * z.y + c.y;
-        x2 = x * x;
-        y2 = y * y;
-        if (x2 + y2 > 4.0)
-            break;
-        z = vec2(x, y);
-    }
-    if (i == first) {
-        vec2 saved = z;
-        int save = first + first;
-        for (; i < iter; i++) {
-            x = x2 - y2 + c.x;
-            y = 2.0 * z.x * z.y + c.y;
-            x2 = x * x;
-            y2 = y * y;
-            if (x2 + y2 > 4.0)
-                break;
-            z = vec2(x, y);
-            if (z == saved) {
-                i = iter;
-                break;
-            }
-            if (i == save) {
-                saved = z;
-                save += save;
-            }
-        }
-    }
-
-    // A point that never escapes is 0, the palette's first colour.
-    float value = 0.0;
-    if (i < iter) {
-        if (smooth != 0) {
-            // Carried on to |z|^2 > 65536 first: at radius 2 the fractional count jumps by up to
-            // a band at the band edges.
-            for (int k = 0; k < 8 && x2 + y2 <= 65536.0; k++) {
-                float nx = x2 - y2 + c.x;
-                y = 2.0 * x * y + c.y;
-                x = nx;
-                x2 = x * x;
-                y2 = y * y;
-                i++;
-            }
-            value = mod((float(i) + 1.0 - log2(log(sqrt(x2 + y2)))) / norm, 1.0);
-        } else {
-            value = mod(float(i) / norm, 1.0);
-        }
-    }
+#define REAL float
+#define REAL2 vec2
+#define PRECISE
+#define SMOOTHING smooth
+    #include "include/escape.glsl"
 
     if (gray == 0)
         gl_FragColor = texture1D(tex, value);

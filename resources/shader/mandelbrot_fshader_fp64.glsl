@@ -15,14 +15,7 @@ uniform int iter = 70;
 uniform float norm = 60.0;
 uniform int smoothing = 0;
 
-vec4 encodeValue(float value)
-{
-    float w = value * 65536.0;
-    float r = floor(w / 65536.0);
-    float g = floor((w - r * 65536.0) / 256.0);
-    float b = floor(w - r * 65536.0 - g * 256.0);
-    return vec4(r / 255.0, g / 255.0, b / 255.0, 1.0);
-}
+#include "include/readback.glsl"
 
 void main()
 {
@@ -32,66 +25,11 @@ void main()
     c.y = (uv.y - 0.5) * 3.0 / zoom - off.y;
     precise dvec2 z = c;
 
-    // The squares of one step are the next step's: computed once, they are also never fused
-    // into a multiply-add, which would round differently from the processor's evaluation.
-    precise double x = 0.0;
-    precise double y = 0.0;
-    precise double x2 = z.x * z.x;
-    precise double y2 = z.y * z.y;
-    // The first steps, where most orbits end, as written. The orbits still going after them are
-    // checked for a cycle as well: one that comes back exactly onto a point it passed repeats for
-    // ever and never escapes, so it stops there with the value the full count would give.
-    int first = iter < 1024 ? iter : 1024;
-    int i;
-    for (i = 0; i < first; i++) {
-        x = x2 - y2 + c.x;
-        y = 2.0 * z.x * z.y + c.y;
-        x2 = x * x;
-        y2 = y * y;
-        if (x2 + y2 > 4.0)
-            break;
-        z = dvec2(x, y);
-    }
-    if (i == first) {
-        dvec2 saved = z;
-        int save = first + first;
-        for (; i < iter; i++) {
-            x = x2 - y2 + c.x;
-            y = 2.0 * z.x * z.y + c.y;
-            x2 = x * x;
-            y2 = y * y;
-            if (x2 + y2 > 4.0)
-                break;
-            z = dvec2(x, y);
-            if (z == saved) {
-                i = iter;
-                break;
-            }
-            if (i == save) {
-                saved = z;
-                save += save;
-            }
-        }
-    }
-
-    float value = 0.0;
-    if (i < iter) {
-        if (smoothing != 0) {
-            // Carried on to |z|^2 > 65536 first: at radius 2 the fractional count jumps by up to
-            // a band at the band edges.
-            for (int k = 0; k < 8 && x2 + y2 <= 65536.0; k++) {
-                precise double nx = x2 - y2 + c.x;
-                y = 2.0 * x * y + c.y;
-                x = nx;
-                x2 = x * x;
-                y2 = y * y;
-                i++;
-            }
-            value = mod((float(i) + 1.0 - log2(log(float(sqrt(x2 + y2))))) / norm, 1.0);
-        } else {
-            value = mod(float(i) / norm, 1.0);
-        }
-    }
+#define REAL double
+#define REAL2 dvec2
+#define PRECISE precise
+#define SMOOTHING smoothing
+    #include "include/escape.glsl"
 
     if (gray == 0)
         gl_FragColor = texture1D(tex, value);

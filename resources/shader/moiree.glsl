@@ -18,21 +18,12 @@ float rings(vec2 z, vec2 centre)
     return t * t * (3.0 - 2.0 * t);
 }
 
-vec4 encode(float value)
-{
-    // Green carries the high byte, blue the low byte; red is set only by 1.0. The framebuffer
-    // stores round(channel x 255), hence the division by 255.
-    float w = value * 65536.0;
-    float r = floor(w * (1.0 / 65536.0));
-    float g = floor((w - r * 65536.0) * (1.0 / 256.0));
-    float b = floor(w - r * 65536.0 - g * 256.0);
-    return vec4(r / 255.0, g / 255.0, b / 255.0, 1.0);
-}
+#include "include/readback.glsl"
 
 void main()
 {
     vec2 z = (gl_TexCoord[0].xy - 0.5) / zoom - off.xy;
     vec2 shift = scale.xy * 0.05;
     float value = min(rings(z, shift) * rings(z, -shift), 1.0);
-    gl_FragColor = gray == 1 ? encode(value) : texture1D(tex, value);
+    gl_FragColor = gray == 1 ? encodeValue(value) : texture1D(tex, value);
 }

@@ -1,6 +1,7 @@
 #include "generators/generatorgl.h"
 
-#include <QFile>
+#include "generators/shadersource.h"
+
 #include <QOpenGLContext>
 #include <QOpenGLFunctions>
 #include <QOpenGLFunctions_2_1>
@@ -106,14 +107,12 @@ bool GeneratorGL::Private::buildProgram(const QString &fragment, QString *error)
     program.reset();
     uniforms.clear();
     programShader.clear();
-    if (!QFile::exists(fragment)) {
-        if (error)
-            *error = QStringLiteral("The shader %1 does not exist.").arg(fragment);
+    const QByteArray fragmentText = ShaderSource::load(fragment, error);
+    if (fragmentText.isEmpty())
         return false;
-    }
     auto p = std::make_unique<QOpenGLShaderProgram>();
     const bool built = p->addShaderFromSourceFile(QOpenGLShader::Vertex, vertexShader)
-                       && p->addShaderFromSourceFile(QOpenGLShader::Fragment, fragment) && p->link();
+                       && p->addShaderFromSourceCode(QOpenGLShader::Fragment, fragmentText) && p->link();
     if (!built) {
         if (error)
             *error = QStringLiteral("The shader %1 cannot be built:\n%2").arg(fragment, p->log().trimmed());

@@ -1,0 +1,3 @@
+#version 120
+  #include "test/absent.glsl"
+void main() {}

@@ -1,0 +1,3 @@
+#version 120
+#include "test/selfinclude.glsl"
+void main() {}
