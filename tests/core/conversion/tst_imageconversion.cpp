@@ -414,7 +414,6 @@ void TestImageConversion::fromImageAndBlackAndWhite()
 
     engine.setBlackAndWhite(77);
     QCOMPARE(engine.paletteSource(), 5);
-    QCOMPARE(engine.blackAndWhiteThreshold(), 77);
     engine.setFormat(ImageConversionEngine::Indexed, false);
     const DocumentImage bw = engine.apply(image, colours);
     QCOMPARE(engine.destinationPalette(), ImageConversionEngine::blackAndWhite());
@@ -535,24 +534,18 @@ void TestImageConversion::badSettings_data()
     QTest::addColumn<bool>("quantise");
     QTest::addColumn<QString>("key");
     QTest::addColumn<QString>("value");
-    QTest::newRow("quantise palette 8") << true << "palette"
-                                        << "8";
-    QTest::newRow("quantise dither 13") << true << "dither"
-                                        << "13";
-    QTest::newRow("quantise dither -1") << true << "dither"
-                                        << "-1";
-    QTest::newRow("quantise format 2") << true << "format"
-                                       << "2";
-    QTest::newRow("quantise method 7") << true << "method"
-                                       << "7";
-    QTest::newRow("quantise colors text") << true << "colors"
-                                          << "many";
-    QTest::newRow("convert palette 5") << false << "palette"
-                                       << "5";
-    QTest::newRow("convert mode x") << false << "mode"
-                                    << "x";
-    QTest::newRow("convert interpolate x") << false << "interpolate"
-                                           << "yes";
+    const auto row = [](const char *tag, bool quantise, const QString &key, const QString &value) {
+        QTest::newRow(tag) << quantise << key << value;
+    };
+    row("quantise palette 8", true, "palette", "8");
+    row("quantise dither 13", true, "dither", "13");
+    row("quantise dither -1", true, "dither", "-1");
+    row("quantise format 2", true, "format", "2");
+    row("quantise method 7", true, "method", "7");
+    row("quantise colors text", true, "colors", "many");
+    row("convert palette 5", false, "palette", "5");
+    row("convert mode x", false, "mode", "x");
+    row("convert interpolate x", false, "interpolate", "yes");
 }
 
 void TestImageConversion::badSettings()
