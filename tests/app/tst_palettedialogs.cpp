@@ -322,21 +322,17 @@ void TestPaletteDialogs::resultKeepsOrLeavesThePaletteFile_data()
     QTest::addColumn<QString>("control");
     QTest::addColumn<QVariant>("value");
     QTest::addColumn<bool>("edits"); // the result is the opened palette changed, not a new one
-
-    QTest::newRow("tint") << "paletteManipulateTint"
-                          << "opacity" << QVariant(60) << true;
-    QTest::newRow("blur") << "paletteManipulateBlur"
-                          << "value" << QVariant(3) << true;
-    QTest::newRow("shift") << "paletteOrderShift"
-                           << "offset" << QVariant(2) << true;
-    QTest::newRow("resize") << "paletteSetSize"
-                            << "size" << QVariant(7) << true;
-    QTest::newRow("persian raster") << "paletteGeneratePersianRaster"
-                                    << "period2" << QVariant(2) << true;
-    QTest::newRow("cosini") << "paletteGenerateUsingCosini"
-                            << "size" << QVariant(24) << false;
-    QTest::newRow("interpolation") << "paletteGenerateInterpolation"
-                                   << "size" << QVariant(32) << false;
+    const auto row = [](const char *tag, const QString &slot, const QString &control, const QVariant &value,
+                        bool edits) {
+        QTest::newRow(tag) << slot << control << value << edits;
+    };
+    row("tint", "paletteManipulateTint", "opacity", 60, true);
+    row("blur", "paletteManipulateBlur", "value", 3, true);
+    row("shift", "paletteOrderShift", "offset", 2, true);
+    row("resize", "paletteSetSize", "size", 7, true);
+    row("persian raster", "paletteGeneratePersianRaster", "period2", 2, true);
+    row("cosini", "paletteGenerateUsingCosini", "size", 24, false);
+    row("interpolation", "paletteGenerateInterpolation", "size", 32, false);
 }
 
 void TestPaletteDialogs::resultKeepsOrLeavesThePaletteFile()
@@ -423,18 +419,17 @@ void TestPaletteDialogs::generators_data()
     QTest::addColumn<int>("index");
     QTest::addColumn<uint>("red");   // of entry index
     QTest::addColumn<uint>("alpha"); // of entry index
-
-    QTest::newRow("grayscale") << "paletteGenerateGrayScale"
-                               << "palette_generate_grayscale" << 256 << 255 << 65280u << 65535u;
-    QTest::newRow("extended grayscale") << "paletteGenerateExtendedGrayScale"
-                                        << "palette_generate_extgrayscale" << 766 << 1 << 256u << 65280u;
-    QTest::newRow("hue 256") << "paletteGenerateHueRot256"
-                             << "palette_generate_huerot256" << 256 << 128 << 0u << 4294836225u;
-    QTest::newRow("hue 1024") << "paletteGenerateHueRot1024"
-                              << "palette_generate_huerot1024" << 1024 << 0 << 65535u << 4294836225u;
-    QTest::newRow("invert") << "paletteOrderInvert"
-                            << "palette_invert_order" << 16 << 0 << startPalette()[15].r
-                            << startPalette()[15].a;
+    const auto row = [](const char *tag, const QString &slot, const QString &step, int size, int index, uint red,
+                        uint alpha) {
+        QTest::newRow(tag) << slot << step << size << index << red << alpha;
+    };
+    row("grayscale", "paletteGenerateGrayScale", "palette_generate_grayscale", 256, 255, 65280u, 65535u);
+    row("extended grayscale", "paletteGenerateExtendedGrayScale", "palette_generate_extgrayscale", 766, 1,
+        256u, 65280u);
+    row("hue 256", "paletteGenerateHueRot256", "palette_generate_huerot256", 256, 128, 0u, 4294836225u);
+    row("hue 1024", "paletteGenerateHueRot1024", "palette_generate_huerot1024", 1024, 0, 65535u, 4294836225u);
+    row("invert", "paletteOrderInvert", "palette_invert_order", 16, 0, startPalette()[15].r,
+        startPalette()[15].a);
 }
 
 void TestPaletteDialogs::generators()
