@@ -333,37 +333,34 @@ void TestPaletteFormatErrors::textReaders_data()
     QTest::addColumn<Colors>("colors");
     QTest::addColumn<QString>("name");
     QTest::addColumn<int>("warnings");
+    const auto row = [](const char *tag, int format, const QByteArray &content, const Colors &colors,
+                        const QString &name, int warnings) {
+        QTest::newRow(tag) << format << content << colors << name << warnings;
+    };
     const uint o = 65535;
-    QTest::newRow("gimp 300 -5 12") << 1 << QByteArray("GIMP Palette\n300 -5 12 Too bright\n")
-                                    << Colors{{65280, 0, 3072, o}} << "" << 1;
-    QTest::newRow("gimp one warning per line")
-        << 1 << QByteArray("GIMP Palette\n300 400 -500\n1 2 3\n256 0 0\n")
-        << Colors{{65280, 65280, 0, o}, {256, 512, 768, o}, {65280, 0, 0, o}} << "" << 2;
-    QTest::newRow("gimp in range") << 1 << QByteArray("GIMP Palette\n+0 255 -0\n") << Colors{{0, 65280, 0, o}}
-                                   << "" << 0;
-    QTest::newRow("gimp huge number") << 1 << QByteArray("GIMP Palette\n99999999999999999999999 0 0\n")
-                                      << Colors{{65280, 0, 0, o}} << "" << 1;
-    QTest::newRow("gimp header with more text") << 1 << QByteArray("GIMP Palette v2 \nname:a:b \n1 2 3\n")
-                                                << Colors{{256, 512, 768, o}} << "a:b" << 0;
-    QTest::newRow("gimp name, columns, crlf, bom")
-        << 1
-        << QByteArray("\xef\xbb\xbfGIMP Palette\r\nNAME: \t Mixed Case\t\r\nColumns: 4\r\n#1 2\r\n1 2 3\r\n")
-        << Colors{{256, 512, 768, o}} << "Mixed Case" << 0;
-    QTest::newRow("gimp blank lines")
-        << 1 << QByteArray("GIMP Palette\n\n   \n\t\r\n1 2 3\n\n") << Colors{{256, 512, 768, o}} << "" << 0;
-    QTest::newRow("map -1 256 3") << 3 << QByteArray("-1 256 3 a comment\n1 2\n  # only comment\n")
-                                  << Colors{{0, 65280, 768, o}} << "" << 1;
-    QTest::newRow("jasc 256") << 11 << QByteArray("JASC-PAL\n0100\n1\n256 0 0\n") << Colors{{65280, 0, 0, o}}
-                              << "" << 1;
-    QTest::newRow("hextxt zz") << 9 << QByteArray("zz0000\n") << Colors{{83 << 8, 0, 0, o}} << "" << 0;
-    QTest::newRow("hextxt letters past f")
-        << 9 << QByteArray("ZZgG10\n") << Colors{{83 << 8, 16 << 8, 16 << 8, o}} << "" << 0;
-    QTest::newRow("hextxt blanks and comment")
-        << 9 << QByteArray("  0a0B0c \t# note\r\nffffff")
-        << Colors{{2560, 2816, 3072, o}, {65280, 65280, 65280, o}} << "" << 0;
-    QTest::newRow("hex lines and blanks")
-        << 10 << QByteArray("  ff000000ff00  \n\n0000ff\n")
-        << Colors{{65280, 0, 0, o}, {0, 65280, 0, o}, {0, 0, 65280, o}} << "" << 0;
+    row("gimp 300 -5 12", 1, QByteArray("GIMP Palette\n300 -5 12 Too bright\n"), {{65280, 0, 3072, o}}, "",
+        1);
+    row("gimp one warning per line", 1, QByteArray("GIMP Palette\n300 400 -500\n1 2 3\n256 0 0\n"),
+        {{65280, 65280, 0, o}, {256, 512, 768, o}, {65280, 0, 0, o}}, "", 2);
+    row("gimp in range", 1, QByteArray("GIMP Palette\n+0 255 -0\n"), {{0, 65280, 0, o}}, "", 0);
+    row("gimp huge number", 1, QByteArray("GIMP Palette\n99999999999999999999999 0 0\n"), {{65280, 0, 0, o}},
+        "", 1);
+    row("gimp header with more text", 1, QByteArray("GIMP Palette v2 \nname:a:b \n1 2 3\n"),
+        {{256, 512, 768, o}}, "a:b", 0);
+    row("gimp name, columns, crlf, bom", 1,
+        QByteArray("\xef\xbb\xbfGIMP Palette\r\nNAME: \t Mixed Case\t\r\nColumns: 4\r\n#1 2\r\n1 2 3\r\n"),
+        {{256, 512, 768, o}}, "Mixed Case", 0);
+    row("gimp blank lines", 1, QByteArray("GIMP Palette\n\n   \n\t\r\n1 2 3\n\n"), {{256, 512, 768, o}}, "",
+        0);
+    row("map -1 256 3", 3, QByteArray("-1 256 3 a comment\n1 2\n  # only comment\n"), {{0, 65280, 768, o}},
+        "", 1);
+    row("jasc 256", 11, QByteArray("JASC-PAL\n0100\n1\n256 0 0\n"), {{65280, 0, 0, o}}, "", 1);
+    row("hextxt zz", 9, QByteArray("zz0000\n"), {{83 << 8, 0, 0, o}}, "", 0);
+    row("hextxt letters past f", 9, QByteArray("ZZgG10\n"), {{83 << 8, 16 << 8, 16 << 8, o}}, "", 0);
+    row("hextxt blanks and comment", 9, QByteArray("  0a0B0c \t# note\r\nffffff"),
+        {{2560, 2816, 3072, o}, {65280, 65280, 65280, o}}, "", 0);
+    row("hex lines and blanks", 10, QByteArray("  ff000000ff00  \n\n0000ff\n"),
+        {{65280, 0, 0, o}, {0, 65280, 0, o}, {0, 0, 65280, o}}, "", 0);
 }
 
 void TestPaletteFormatErrors::textReaders()
@@ -390,32 +387,32 @@ void TestPaletteFormatErrors::failedExportKeepsFile_data()
     QTest::addColumn<QStringList>("options"); // stored unchecked
     QTest::addColumn<QString>("title");
     QTest::addColumn<QString>("message");
+    const auto row = [](const char *tag, int format, int size, const QStringList &options,
+                        const QString &title, const QString &message) {
+        QTest::newRow(tag) << format << size << options << title << message;
+    };
     const QString gifTitle = "Error on writing GIF image";
     const QString exportTitle = "Error on palette export";
-    QTest::newRow("gif 257 colours") << 5 << 257 << QStringList() << gifTitle << "Too many colors.";
-    QTest::newRow("gif empty") << 5 << 0 << QStringList() << gifTitle
-                               << "A GIF image needs at least one color.";
-    QTest::newRow("gif columns 0") << 5 << 4 << QStringList{"columns", "0"} << exportTitle
-                                   << "'0' is not a valid value for the option 'columns'.";
-    QTest::newRow("js type")
-        << 8 << 2 << QStringList{"js.type", "list"} << exportTitle
-        << "'list' is not an allowed attribute for the 'js.type' option (exception should have "
-           "been checked before).";
-    QTest::newRow("act 257") << 13 << 257 << QStringList() << exportTitle
-                             << "An Adobe color table holds at most 256 colors; this one has 257.";
-    QTest::newRow("riff 65536") << 4 << 65536 << QStringList() << exportTitle
-                                << "A Microsoft palette holds at most 65535 colors; this one has 65536.";
-    QTest::newRow("aco 65536") << 2 << 65536 << QStringList() << exportTitle
-                               << "A Photoshop palette holds at most 65535 colors; this one has 65536.";
-    QTest::newRow("format 0") << 0 << 2 << QStringList() << exportTitle
-                              << "The format to export into is not known or supported.";
+    row("gif 257 colours", 5, 257, {}, gifTitle, "Too many colors.");
+    row("gif empty", 5, 0, {}, gifTitle, "A GIF image needs at least one color.");
+    row("gif columns 0", 5, 4, {"columns", "0"}, exportTitle,
+        "'0' is not a valid value for the option 'columns'.");
+    row("js type", 8, 2, {"js.type", "list"}, exportTitle,
+        "'list' is not an allowed attribute for the 'js.type' option (exception should have "
+        "been checked before).");
+    row("act 257", 13, 257, {}, exportTitle,
+        "An Adobe color table holds at most 256 colors; this one has 257.");
+    row("riff 65536", 4, 65536, {}, exportTitle,
+        "A Microsoft palette holds at most 65535 colors; this one has 65536.");
+    row("aco 65536", 2, 65536, {}, exportTitle,
+        "A Photoshop palette holds at most 65535 colors; this one has 65536.");
+    row("format 0", 0, 2, {}, exportTitle, "The format to export into is not known or supported.");
     // Failures of the destination itself.
-    QTest::newRow("destination is a directory") << 1 << 2 << QStringList{"@dir"} << exportTitle
-                                                << "The destination file\n'PATH'\ncould not be built.\n"
-                                                   "It is a folder, not a file.";
-    QTest::newRow("destination in a missing directory")
-        << 1 << 2 << QStringList{"@missing"} << exportTitle
-        << "The destination file\n'PATH'\ncould not be built.\nNo such file or directory";
+    row("destination is a directory", 1, 2, {"@dir"}, exportTitle,
+        "The destination file\n'PATH'\ncould not be built.\n"
+        "It is a folder, not a file.");
+    row("destination in a missing directory", 1, 2, {"@missing"}, exportTitle,
+        "The destination file\n'PATH'\ncould not be built.\nNo such file or directory");
 }
 
 void TestPaletteFormatErrors::failedExportKeepsFile()
