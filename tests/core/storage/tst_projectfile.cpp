@@ -420,6 +420,9 @@ void TestProjectFile::hugeClaims_data()
 {
     QTest::addColumn<QByteArray>("data");
     QTest::addColumn<QString>("message");
+    const auto row = [](const char *tag, const QByteArray &data, const QString &message) {
+        QTest::newRow(tag) << data << message;
+    };
     const QByteArray head =
         str("Chromaxis") + str("2.0.0") + str("settings") + be32(0) + be32(0) + str("palette");
     const QByteArray palette = head + be32(1) + be32(1) + be32(2) + be32(3) + be32(4) + str("") + str("") +
@@ -430,47 +433,43 @@ void TestProjectFile::hugeClaims_data()
     };
     const QString tooManyEntries = "Cannot load project t.cxw.\nThe palette has %1 entries; a project holds at "
                                    "most 16777216.";
-    QTest::newRow("2^31 entries") << head + be32(0x80000000u) + QByteArray(40, '\0')
-                                  << tooManyEntries.arg(0x80000000u);
-    QTest::newRow("2^32-1 entries") << head + be32(0xFFFFFFFFu) + QByteArray(40, '\0')
-                                    << tooManyEntries.arg(0xFFFFFFFFu);
-    QTest::newRow("2^24 entries, 40 bytes of them") << head + be32(1u << 24) + QByteArray(40, '\0')
-                                                    << mismatch("t.cxw", "image");
-    QTest::newRow("entries one short") << head + be32(3) + QByteArray(47, '\0') << mismatch("t.cxw", "image");
+    row("2^31 entries", head + be32(0x80000000u) + QByteArray(40, '\0'), tooManyEntries.arg(0x80000000u));
+    row("2^32-1 entries", head + be32(0xFFFFFFFFu) + QByteArray(40, '\0'), tooManyEntries.arg(0xFFFFFFFFu));
+    row("2^24 entries, 40 bytes of them", head + be32(1u << 24) + QByteArray(40, '\0'),
+        mismatch("t.cxw", "image"));
+    row("entries one short", head + be32(3) + QByteArray(47, '\0'), mismatch("t.cxw", "image"));
     const QString tooLarge = "Cannot load project t.cxw.\nThe image is %1 x %2 pixels; at most 134217728 pixels, "
                              "262144 a side, can be opened.";
-    QTest::newRow("65535x65535 indexed 32bit") << image(3, 65535, 65535) << tooLarge.arg(65535).arg(65535);
-    QTest::newRow("65535x65535 rgb") << image(1, 65535, 65535) << tooLarge.arg(65535).arg(65535);
-    QTest::newRow("65535x65535 continuous") << image(4, 65535, 65535) << tooLarge.arg(65535).arg(65535);
-    QTest::newRow("2^32-1 squared 8bit")
-        << image(2, 0xFFFFFFFFu, 0xFFFFFFFFu) << tooLarge.arg(0xFFFFFFFFu).arg(0xFFFFFFFFu);
-    QTest::newRow("2^30 x 4 cells of 4 bytes") << image(4, 0x40000000u, 4) << tooLarge.arg(0x40000000u).arg(4);
-    QTest::newRow("one pixel past the limit")
-        << image(3, 1u << 14, (1u << 13) + 1) << tooLarge.arg(1u << 14).arg((1u << 13) + 1);
-    QTest::newRow("one pixel past the side") << image(2, (1u << 18) + 1, 1) << tooLarge.arg((1u << 18) + 1).arg(1);
+    row("65535x65535 indexed 32bit", image(3, 65535, 65535), tooLarge.arg(65535).arg(65535));
+    row("65535x65535 rgb", image(1, 65535, 65535), tooLarge.arg(65535).arg(65535));
+    row("65535x65535 continuous", image(4, 65535, 65535), tooLarge.arg(65535).arg(65535));
+    row("2^32-1 squared 8bit", image(2, 0xFFFFFFFFu, 0xFFFFFFFFu),
+        tooLarge.arg(0xFFFFFFFFu).arg(0xFFFFFFFFu));
+    row("2^30 x 4 cells of 4 bytes", image(4, 0x40000000u, 4), tooLarge.arg(0x40000000u).arg(4));
+    row("one pixel past the limit", image(3, 1u << 14, (1u << 13) + 1),
+        tooLarge.arg(1u << 14).arg((1u << 13) + 1));
+    row("one pixel past the side", image(2, (1u << 18) + 1, 1), tooLarge.arg((1u << 18) + 1).arg(1));
     // Within the limits, claims still cost nothing until the pixels are there.
-    QTest::newRow("largest continuous image, 64 bytes of it")
-        << image(4, 1u << 14, 1u << 13) << mismatch("t.cxw", "selection");
-    QTest::newRow("widest rgb image, 64 bytes of it") << image(1, 1u << 18, 512) << mismatch("t.cxw", "selection");
-    QTest::newRow("2^32-1 selected") << palette + char(0) + str("selection") + be32(0xFFFFFFFFu) + be32(0)
-                                     << "Cannot load project t.cxw.\nThe selection holds 4294967295 indexes; a "
-                                        "selection holds at most 1048576.";
-    QTest::newRow("zero width") << image(3, 0, 5)
-                                << "Cannot load project t.cxw.\nThe image size 0 x 5 is not supported.";
-    QTest::newRow("zero height") << image(1, 7, 0)
-                                 << "Cannot load project t.cxw.\nThe image size 7 x 0 is not supported.";
-    QTest::newRow("wider than any picture")
-        << palette + char(2) + be32(1u << 26) + be32(1) + char(0) + QByteArray(1 << 26, '\0') + tail
-        << tooLarge.arg(1u << 26).arg(1);
-    QTest::newRow("unknown mode") << image(5, 1, 1) << "Cannot load project t.cxw.\nUnknown image mode 5.";
-    QTest::newRow("selection index beyond any int")
-        << palette + char(0) + str("selection") + be32(2) + be32(0) + be32(0x80000000u)
-        << "Cannot load project t.cxw.\nThe selection names entry 2147483648, which no palette holds.";
+    row("largest continuous image, 64 bytes of it", image(4, 1u << 14, 1u << 13),
+        mismatch("t.cxw", "selection"));
+    row("widest rgb image, 64 bytes of it", image(1, 1u << 18, 512), mismatch("t.cxw", "selection"));
+    row("2^32-1 selected", palette + char(0) + str("selection") + be32(0xFFFFFFFFu) + be32(0),
+        "Cannot load project t.cxw.\nThe selection holds 4294967295 indexes; a "
+        "selection holds at most 1048576.");
+    row("zero width", image(3, 0, 5), "Cannot load project t.cxw.\nThe image size 0 x 5 is not supported.");
+    row("zero height", image(1, 7, 0), "Cannot load project t.cxw.\nThe image size 7 x 0 is not supported.");
+    row("wider than any picture",
+        palette + char(2) + be32(1u << 26) + be32(1) + char(0) + QByteArray(1 << 26, '\0') + tail,
+        tooLarge.arg(1u << 26).arg(1));
+    row("unknown mode", image(5, 1, 1), "Cannot load project t.cxw.\nUnknown image mode 5.");
+    row("selection index beyond any int",
+        palette + char(0) + str("selection") + be32(2) + be32(0) + be32(0x80000000u),
+        "Cannot load project t.cxw.\nThe selection names entry 2147483648, which no palette holds.");
     const quint32 tooMany = quint32(SelectionList::maximumCount) + 1;
-    QTest::newRow("more indexes than a selection holds")
-        << palette + char(0) + str("selection") + be32(tooMany) + QByteArray(int(tooMany) * 4, '\0')
-        << "Cannot load project t.cxw.\nThe selection holds 1048577 indexes; a selection holds at most "
-           "1048576.";
+    row("more indexes than a selection holds",
+        palette + char(0) + str("selection") + be32(tooMany) + QByteArray(int(tooMany) * 4, '\0'),
+        "Cannot load project t.cxw.\nThe selection holds 1048577 indexes; a selection holds at most "
+        "1048576.");
 }
 
 // Claims are weighed against the bytes that are there before anything is allocated for them.
