@@ -416,14 +416,12 @@ void TestPaletteOperations::presetFiles()
 
 void TestPaletteOperations::presetValues()
 {
-    const TintSettings tint1 = TintSettings::fromPairs(presetPairs("tint", 1));
-    QCOMPARE(tint1.color, QColor("#aa00ff"));
-    QCOMPARE(tint1.opacity, 40);
-    QVERIFY(tint1.selectedOnly);
-    const TintSettings tint2 = TintSettings::fromPairs(presetPairs("tint", 2));
-    QCOMPARE(tint2.color, QColor("#008800"));
-    QCOMPARE(tint2.opacity, 40);
-    QVERIFY(tint2.selectedOnly);
+    for (const auto &[number, colour] : {std::pair<int, const char *>{1, "#aa00ff"}, {2, "#008800"}}) {
+        const TintSettings tint = TintSettings::fromPairs(presetPairs("tint", number));
+        QCOMPARE(tint.color, QColor(colour));
+        QCOMPARE(tint.opacity, 40);
+        QVERIFY(tint.selectedOnly);
+    }
 
     struct Gradient
     {
