@@ -1,13 +1,14 @@
 #include "palette/describedexception.h"
 #include "storage/numpyimage.h"
 
+#include "refusal.h"
+
 #include <QTemporaryDir>
 #include <QtEndian>
 #include <QtTest>
 
 #include <cmath>
 #include <cstring>
-#include <functional>
 
 namespace {
 
@@ -192,17 +193,6 @@ DocumentImage sampleImage(int mode)
     default:
         return {};
     }
-}
-
-// "title: message" of the failure f meets, or "accepted" when it meets none.
-QString refusal(const std::function<void()> &f)
-{
-    try {
-        f();
-    } catch (const DescribedException &e) {
-        return e.title() + QStringLiteral(": ") + e.message();
-    }
-    return QStringLiteral("accepted");
 }
 
 const QString readTitle = QStringLiteral("Error on reading NumPy array: ");

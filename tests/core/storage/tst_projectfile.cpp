@@ -2,6 +2,8 @@
 #include "palette/describedexception.h"
 #include "storage/projectfile.h"
 
+#include "refusal.h"
+
 #include <QBuffer>
 #include <QElapsedTimer>
 #include <QFile>
@@ -164,17 +166,6 @@ QString mismatch(const QString &file, const QString &tag)
 {
     return QStringLiteral("Cannot load project %1.\nThe file does not match the format.\nExpected '%2'.")
         .arg(file, tag);
-}
-
-// "title: message" of the failure f meets, or "accepted" when it meets none.
-QString refusal(const std::function<void()> &f)
-{
-    try {
-        f();
-    } catch (const DescribedException &e) {
-        return e.title() + QStringLiteral(": ") + e.message();
-    }
-    return QStringLiteral("accepted");
 }
 
 const QString cannotLoad = QStringLiteral("Could not load: ");
