@@ -3,6 +3,7 @@
 #include "formats/exportoptions.h"
 #include "formats/paletteformats.h"
 #include "paletteformattesting.h"
+#include "refusal.h"
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -83,13 +84,7 @@ void expectImportFailure(const QString &file, int format, const QString &title, 
                          int kept)
 {
     Palette<uint> p;
-    try {
-        importPalette(file, p, format);
-        QFAIL("no exception");
-    } catch (const DescribedException &e) {
-        QCOMPARE(e.title(), title);
-        QCOMPARE(e.message(), QString(message).replace("PATH", file));
-    }
+    QCOMPARE(refusal([&] { importPalette(file, p, format); }), title + ": " + QString(message).replace("PATH", file));
     QCOMPARE(p.size(), kept);
 }
 } // namespace
@@ -316,13 +311,7 @@ void TestPaletteFormatErrors::formatNumberErrors()
         return;
     }
     const QString file = path("never.out");
-    try {
-        exportPalette(file, awkwardPalette(), format);
-        QFAIL("no exception");
-    } catch (const DescribedException &e) {
-        QCOMPARE(e.title(), QString("Error on palette export"));
-        QCOMPARE(e.message(), message);
-    }
+    QCOMPARE(refusal([&] { exportPalette(file, awkwardPalette(), format); }), "Error on palette export: " + message);
     QVERIFY(!QFile::exists(file));
 }
 
@@ -439,13 +428,8 @@ void TestPaletteFormatErrors::failedExportKeepsFile()
     for (int i = 0; i < size; ++i)
         p.append({uint(i) << 8, uint(i) >> 8, 0x7777, 65535});
 
-    try {
-        exportPalette(file, p, format, set);
-        QFAIL("no exception");
-    } catch (const DescribedException &e) {
-        QCOMPARE(e.title(), title);
-        QCOMPARE(e.message(), QString(message).replace("PATH", file));
-    }
+    QCOMPARE(refusal([&] { exportPalette(file, p, format, set); }),
+             title + ": " + QString(message).replace("PATH", file));
     QCOMPARE(readAll(dir.filePath("old.file")), precious);
     QCOMPARE(dir.entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden),
              QStringList({"old.file", "sub"}));
