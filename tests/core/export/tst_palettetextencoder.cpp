@@ -1,6 +1,7 @@
 #include "palette/describedexception.h"
 #include "export/palettetextencoder.h"
 #include "storage/settingstext.h"
+#include "refusal.h"
 
 #include <QBuffer>
 #include <QFile>
@@ -336,13 +337,7 @@ void TestPaletteTextEncoder::rejectsOtherDialogs()
 {
     QFETCH(QString, text);
     QFETCH(QString, message);
-    try {
-        SettingsText::parse(text, "palette_textencode");
-        QFAIL("accepted");
-    } catch (const DescribedException &e) {
-        QCOMPARE(e.title(), QString("Invalid settings"));
-        QCOMPARE(e.message(), message);
-    }
+    QCOMPARE(refusal([&] { SettingsText::parse(text, "palette_textencode"); }), "Invalid settings: " + message);
 }
 
 void TestPaletteTextEncoder::settingsRoundTrip()
