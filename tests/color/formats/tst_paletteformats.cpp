@@ -324,10 +324,7 @@ void TestPaletteFormats::textEncodings()
         bytes = mark + codec->fromUnicode(text.constData(), text.size(), &state);
     }
     const QString path = m_dir.filePath(file);
-    QFile f(path);
-    QVERIFY(f.open(QIODevice::WriteOnly));
-    f.write(bytes);
-    f.close();
+    writeAll(path, bytes);
     Palette<uint> p;
     QVERIFY(importChecked(path, p, format));
     QCOMPARE(p.size(), count);
@@ -395,56 +392,45 @@ void TestPaletteFormats::exportOptions_data()
 {
     QTest::addColumn<QString>("assignment");
     QTest::addColumn<QString>("error"); // empty: accepted
+    const auto row = [](const char *tag, const QString &assignment, const QString &error) {
+        QTest::newRow(tag) << assignment << error;
+    };
     const QString bad = "'%1' is not a valid value for the option '%2'.\nAllowed: %3.";
     const QString cols = "a whole number from 1 to 256 (default: one column per colour, at most 256)";
     const QString cell = "a whole number from 1 to 255 (default 16)";
-    QTest::newRow("columns 12") << "columns=12"
-                                << "";
-    QTest::newRow("columns 0") << "columns=0" << bad.arg("0", "columns", cols);
-    QTest::newRow("columns 257") << "columns=257" << bad.arg("257", "columns", cols);
-    QTest::newRow("columns 1e2") << "columns=1e2" << bad.arg("1e2", "columns", cols);
-    QTest::newRow("columns blank") << "columns= 5" << bad.arg(" 5", "columns", cols);
-    QTest::newRow("cell-width 255") << "cell-width=255"
-                                    << "";
-    QTest::newRow("cell-width 256") << "cell-width=256" << bad.arg("256", "cell-width", cell);
-    QTest::newRow("cell-height -3") << "cell-height=-3" << bad.arg("-3", "cell-height", cell);
-    QTest::newRow("css.name") << "css.name=.swatch"
-                              << "";
-    QTest::newRow("css.name with =") << "css.name=a=b"
-                                     << "";
-    QTest::newRow("css.name blank") << "css.name=a b"
-                                    << bad.arg(
-                                           "a b", "css.name",
-                                           "a selector prefix without blanks, braces, commas or semicolons "
-                                           "(default \".pal\")");
-    QTest::newRow("css.name empty") << "css.name="
-                                    << bad.arg(
-                                           "", "css.name",
-                                           "a selector prefix without blanks, braces, commas or semicolons "
-                                           "(default \".pal\")");
-    QTest::newRow("css.attribute") << "css.attribute=color"
-                                   << "";
-    QTest::newRow("css.attribute colon")
-        << "css.attribute=col:or"
-        << bad.arg("col:or", "css.attribute", "a CSS property name (default \"background-color\")");
-    QTest::newRow("js.name") << "js.name=$pal_1"
-                             << "";
-    QTest::newRow("js.name digit") << "js.name=1pal"
-                                   << bad.arg("1pal", "js.name",
-                                              "a JavaScript identifier (default \"palette\")");
-    QTest::newRow("js.type hex") << "js.type=hex"
-                                 << "";
-    QTest::newRow("js.type case")
-        << "js.type=Triplet"
-        << bad.arg("Triplet", "js.type",
-                   "one of triplet ([r, g, b]), hex (\"#rrggbb\"), rgb (\"rgb(r, g, b)\") "
-                   "(default triplet)");
-    QTest::newRow("unknown key")
-        << "colour=3"
-        << "Unknown option 'colour'.\nKnown options: columns, cell-width, cell-height, "
-           "css.name, css.attribute, js.name, js.type.";
-    QTest::newRow("no =") << "columns"
-                          << "'columns' is not of the form KEY=VALUE.";
+    row("columns 12", "columns=12", "");
+    row("columns 0", "columns=0", bad.arg("0", "columns", cols));
+    row("columns 257", "columns=257", bad.arg("257", "columns", cols));
+    row("columns 1e2", "columns=1e2", bad.arg("1e2", "columns", cols));
+    row("columns blank", "columns= 5", bad.arg(" 5", "columns", cols));
+    row("cell-width 255", "cell-width=255", "");
+    row("cell-width 256", "cell-width=256", bad.arg("256", "cell-width", cell));
+    row("cell-height -3", "cell-height=-3", bad.arg("-3", "cell-height", cell));
+    row("css.name", "css.name=.swatch", "");
+    row("css.name with =", "css.name=a=b", "");
+    row("css.name blank", "css.name=a b",
+        bad.arg("a b", "css.name",
+                "a selector prefix without blanks, braces, commas or semicolons "
+                "(default \".pal\")"));
+    row("css.name empty", "css.name=",
+        bad.arg("", "css.name",
+                "a selector prefix without blanks, braces, commas or semicolons "
+                "(default \".pal\")"));
+    row("css.attribute", "css.attribute=color", "");
+    row("css.attribute colon", "css.attribute=col:or",
+        bad.arg("col:or", "css.attribute", "a CSS property name (default \"background-color\")"));
+    row("js.name", "js.name=$pal_1", "");
+    row("js.name digit", "js.name=1pal",
+        bad.arg("1pal", "js.name", "a JavaScript identifier (default \"palette\")"));
+    row("js.type hex", "js.type=hex", "");
+    row("js.type case", "js.type=Triplet",
+        bad.arg("Triplet", "js.type",
+                "one of triplet ([r, g, b]), hex (\"#rrggbb\"), rgb (\"rgb(r, g, b)\") "
+                "(default triplet)"));
+    row("unknown key", "colour=3",
+        "Unknown option 'colour'.\nKnown options: columns, cell-width, cell-height, "
+        "css.name, css.attribute, js.name, js.type.");
+    row("no =", "columns", "'columns' is not of the form KEY=VALUE.");
 }
 
 void TestPaletteFormats::exportOptions()
