@@ -106,7 +106,6 @@ private slots:
     void hitTest();
     void clickSelection_data();
     void clickSelection();
-    void eventModifiersCount();
     void otherButtonsSelectNothing();
     void doubleClickEmitsColour();
     void paste_data();
@@ -222,7 +221,8 @@ void TestPaletteView::hitTest()
 
 void TestPaletteView::clickSelection_data()
 {
-    // Clicks: an index, prefixed by s (shift), c (control) or sc. The palette has 10 entries.
+    // Clicks: an index, prefixed by s (shift), c (control) or sc; S and C come with the event alone,
+    // unseen by the window. The palette has 10 entries.
     QTest::addColumn<QString>("preset");
     QTest::addColumn<QString>("clicks");
     QTest::addColumn<QString>("selection");
@@ -248,6 +248,7 @@ void TestPaletteView::clickSelection_data()
     row("past the end", "", "12", "12", 12);
     row("range past the end", "", "8,s13", "8,9,10,11,12,13", 13);
     row("control past the end", "", "c4,c15", "4,15", 15);
+    row("modifiers of the event alone", "", "2,S4,C7", "2,3,4,7", 7);
 }
 
 void TestPaletteView::clickSelection()
@@ -264,27 +265,18 @@ void TestPaletteView::clickSelection()
     QSignalSpy paletteSpy(view.get(), &PaletteView::paletteChanged);
     const QStringList list = clicks.split(',');
     for (QString click : list) {
-        const bool shift = click.contains('s');
-        const bool control = click.contains('c');
-        click.remove('s').remove('c');
-        view->setModifiers(shift, control);
-        QTest::mouseClick(view.get(), Qt::LeftButton, Qt::NoModifier, cellCentre(click.toInt()));
+        view->setModifiers(click.contains('s'), click.contains('c'));
+        Qt::KeyboardModifiers event;
+        event.setFlag(Qt::ShiftModifier, click.contains('S'));
+        event.setFlag(Qt::ControlModifier, click.contains('C'));
+        click.remove(QRegularExpression("[scSC]"));
+        QTest::mouseClick(view.get(), Qt::LeftButton, event, cellCentre(click.toInt()));
     }
     QCOMPARE(view->selection(), indexes(selection));
     QCOMPARE(view->anchor(), anchor);
     QCOMPARE(selectionSpy.count(), list.size());
     QCOMPARE(paletteSpy.count(), 0);
     QCOMPARE(view->palette().entries(), makePalette(10).entries());
-}
-
-void TestPaletteView::eventModifiersCount()
-{
-    // Modifiers the window did not see still act, through the event itself.
-    auto view = windowView(10);
-    QTest::mouseClick(view.get(), Qt::LeftButton, Qt::NoModifier, cellCentre(2));
-    QTest::mouseClick(view.get(), Qt::LeftButton, Qt::ShiftModifier, cellCentre(4));
-    QTest::mouseClick(view.get(), Qt::LeftButton, Qt::ControlModifier, cellCentre(7));
-    QCOMPARE(view->selection(), indexes("2,3,4,7"));
 }
 
 void TestPaletteView::otherButtonsSelectNothing()
