@@ -87,6 +87,13 @@ bool imageShows(ChromaxisMainWindow &w, const Palette<uint> &p)
     return true;
 }
 
+// Marks the document as saved, so that closing the window asks nothing.
+void markSaved(ChromaxisMainWindow &w)
+{
+    w.document().setPaletteModified(false);
+    w.document().setImageModified(false);
+}
+
 } // namespace
 
 class TestPaletteDialogs : public QObject
@@ -137,106 +144,52 @@ void TestPaletteDialogs::dialogPreviewsCancelsAndInstalls_data()
     QTest::addColumn<QVariant>("value");
     QTest::addColumn<QString>("line"); // what the macro step must carry
 
-    QTest::newRow("shift") << "paletteOrderShift"
-                           << "Shift order"
-                           << "shift_order"
-                           << "offset" << QVariant(3) << "offset:3\n";
-    QTest::newRow("brightness") << "paletteManipulateBrightnessContrast"
-                                << "Brightness / contrast"
-                                << "brightness_contrast"
-                                << "brightness" << QVariant(100) << "brightness:100\n";
-    QTest::newRow("contrast") << "paletteManipulateBrightnessContrast"
-                              << "Brightness / contrast"
-                              << "brightness_contrast"
-                              << "contrast" << QVariant(-120) << "contrast:-120\n";
-    QTest::newRow("hue") << "paletteManipulateHueSaturationValue"
-                         << "Hue / saturation / value"
-                         << "hue_saturation_value"
-                         << "hue" << QVariant(90) << "hue:90\n";
-    QTest::newRow("saturation") << "paletteManipulateHueSaturationValue"
-                                << "Hue / saturation / value"
-                                << "hue_saturation_value"
-                                << "saturation" << QVariant(-100) << "saturation:-100\n";
-    QTest::newRow("components") << "paletteManipulateComponents"
-                                << "Component manipulation"
-                                << "component_manipulation"
-                                << "comp1" << QVariant(50) << "comp1:50\n";
-    QTest::newRow("component mode") << "paletteManipulateComponents"
-                                    << "Component manipulation"
-                                    << "component_manipulation"
-                                    << "mode" << QVariant(9) << "mode:9\n";
-    QTest::newRow("blur master") << "paletteManipulateBlur"
-                                 << "Blur palette"
-                                 << "blur"
-                                 << "value" << QVariant(5) << "comp4:5\n";
-    QTest::newRow("blur method") << "paletteManipulateBlur"
-                                 << "Blur palette"
-                                 << "blur"
-                                 << "method" << QVariant(1) << "method:1\n";
-    QTest::newRow("sharpen") << "paletteManipulateSharpen"
-                             << "Sharpen palette"
-                             << "sharpen"
-                             << "amount" << QVariant(300) << "amount:300\n";
-    QTest::newRow("sharpen mode") << "paletteManipulateSharpen"
-                                  << "Sharpen palette"
-                                  << "sharpen"
-                                  << "mode" << QVariant(3) << "mode:3\n";
-    QTest::newRow("resize") << "paletteSetSize"
-                            << "Resize the palette"
-                            << "resize_palette"
-                            << "size" << QVariant(40) << "size:40\n";
-    QTest::newRow("resize method") << "paletteSetSize"
-                                   << "Resize the palette"
-                                   << "resize_palette"
-                                   << "method" << QVariant(2) << "method:2\n";
-    QTest::newRow("repetition pattern") << "paletteGenerateUsingPattern"
-                                        << "Repetition pattern"
-                                        << "pattern_generation"
-                                        << "count" << QVariant(3) << "count:3\n";
-    QTest::newRow("repetition mirror") << "paletteGenerateUsingPattern"
-                                       << "Repetition pattern"
-                                       << "pattern_generation"
-                                       << "mirror" << QVariant(true) << "mirror:1\n";
-    QTest::newRow("persian raster") << "paletteGeneratePersianRaster"
-                                    << "Persian raster"
-                                    << "persian_raster"
-                                    << "period1" << QVariant(3) << "period1:3\n";
-    QTest::newRow("tint") << "paletteManipulateTint"
-                          << "Tint"
-                          << "tint"
-                          << "opacity" << QVariant(90) << "opacity:90\n";
-    QTest::newRow("tint selected only") << "paletteManipulateTint"
-                                        << "Tint"
-                                        << "tint"
-                                        << "sel_only" << QVariant(false) << "sel_only:0\n";
-    QTest::newRow("gradient tint") << "paletteManipulateGradientTint"
-                                   << "Gradient tint"
-                                   << "gradienttint"
-                                   << "opacity2" << QVariant(100) << "opacity2:100\n";
-    QTest::newRow("gradient range") << "paletteManipulateGradientTint"
-                                    << "Gradient tint"
-                                    << "gradienttint"
-                                    << "begin" << QVariant(6) << "begin:6\n";
-    QTest::newRow("cosini") << "paletteGenerateUsingCosini"
-                            << "Generate cosinus palette"
-                            << "cosini"
-                            << "a_r" << QVariant(0.2) << "a_r:0.2\n";
-    QTest::newRow("cosini size") << "paletteGenerateUsingCosini"
-                                 << "Generate cosinus palette"
-                                 << "cosini"
-                                 << "size" << QVariant(40) << "size:40\n";
-    QTest::newRow("interpolation ticks") << "paletteGenerateInterpolation"
-                                         << "Generate palette by interpolation"
-                                         << "interpolation"
-                                         << "ticks" << QVariant() << "tickend";
-    QTest::newRow("interpolation size") << "paletteGenerateInterpolation"
-                                        << "Generate palette by interpolation"
-                                        << "interpolation"
-                                        << "size" << QVariant(64) << "size:64\n";
-    QTest::newRow("interpolate selected") << "paletteInterpolateSelectedExt"
-                                          << "Generate palette by interpolation"
-                                          << "interpolation"
-                                          << "size" << QVariant(12) << "size:12\n";
+    // Each dialog by the window's slot that opens it: its title and the name of its settings.
+    const QMap<QString, QStringList> dialogs{
+        {"paletteOrderShift", {"Shift order", "shift_order"}},
+        {"paletteManipulateBrightnessContrast", {"Brightness / contrast", "brightness_contrast"}},
+        {"paletteManipulateHueSaturationValue", {"Hue / saturation / value", "hue_saturation_value"}},
+        {"paletteManipulateComponents", {"Component manipulation", "component_manipulation"}},
+        {"paletteManipulateBlur", {"Blur palette", "blur"}},
+        {"paletteManipulateSharpen", {"Sharpen palette", "sharpen"}},
+        {"paletteSetSize", {"Resize the palette", "resize_palette"}},
+        {"paletteGenerateUsingPattern", {"Repetition pattern", "pattern_generation"}},
+        {"paletteGeneratePersianRaster", {"Persian raster", "persian_raster"}},
+        {"paletteManipulateTint", {"Tint", "tint"}},
+        {"paletteManipulateGradientTint", {"Gradient tint", "gradienttint"}},
+        {"paletteGenerateUsingCosini", {"Generate cosinus palette", "cosini"}},
+        {"paletteGenerateInterpolation", {"Generate palette by interpolation", "interpolation"}},
+        {"paletteInterpolateSelectedExt", {"Generate palette by interpolation", "interpolation"}},
+    };
+    const auto row = [&](const char *tag, const QString &slot, const QString &control, const QVariant &value,
+                         const QString &line) {
+        QTest::newRow(tag) << slot << dialogs[slot].at(0) << dialogs[slot].at(1) << control << value << line;
+    };
+    row("shift", "paletteOrderShift", "offset", 3, "offset:3\n");
+    row("brightness", "paletteManipulateBrightnessContrast", "brightness", 100, "brightness:100\n");
+    row("contrast", "paletteManipulateBrightnessContrast", "contrast", -120, "contrast:-120\n");
+    row("hue", "paletteManipulateHueSaturationValue", "hue", 90, "hue:90\n");
+    row("saturation", "paletteManipulateHueSaturationValue", "saturation", -100, "saturation:-100\n");
+    row("components", "paletteManipulateComponents", "comp1", 50, "comp1:50\n");
+    row("component mode", "paletteManipulateComponents", "mode", 9, "mode:9\n");
+    row("blur master", "paletteManipulateBlur", "value", 5, "comp4:5\n");
+    row("blur method", "paletteManipulateBlur", "method", 1, "method:1\n");
+    row("sharpen", "paletteManipulateSharpen", "amount", 300, "amount:300\n");
+    row("sharpen mode", "paletteManipulateSharpen", "mode", 3, "mode:3\n");
+    row("resize", "paletteSetSize", "size", 40, "size:40\n");
+    row("resize method", "paletteSetSize", "method", 2, "method:2\n");
+    row("repetition pattern", "paletteGenerateUsingPattern", "count", 3, "count:3\n");
+    row("repetition mirror", "paletteGenerateUsingPattern", "mirror", true, "mirror:1\n");
+    row("persian raster", "paletteGeneratePersianRaster", "period1", 3, "period1:3\n");
+    row("tint", "paletteManipulateTint", "opacity", 90, "opacity:90\n");
+    row("tint selected only", "paletteManipulateTint", "sel_only", false, "sel_only:0\n");
+    row("gradient tint", "paletteManipulateGradientTint", "opacity2", 100, "opacity2:100\n");
+    row("gradient range", "paletteManipulateGradientTint", "begin", 6, "begin:6\n");
+    row("cosini", "paletteGenerateUsingCosini", "a_r", 0.2, "a_r:0.2\n");
+    row("cosini size", "paletteGenerateUsingCosini", "size", 40, "size:40\n");
+    row("interpolation ticks", "paletteGenerateInterpolation", "ticks", QVariant(), "tickend");
+    row("interpolation size", "paletteGenerateInterpolation", "size", 64, "size:64\n");
+    row("interpolate selected", "paletteInterpolateSelectedExt", "size", 12, "size:12\n");
 }
 
 void TestPaletteDialogs::dialogPreviewsCancelsAndInstalls()
@@ -323,8 +276,7 @@ void TestPaletteDialogs::dialogPreviewsCancelsAndInstalls()
     w.action("redo")->trigger();
     QCOMPARE(w.document().palette(), result);
     QVERIFY(imageShows(w, result));
-    w.document().setPaletteModified(false);
-    w.document().setImageModified(false);
+    markSaved(w);
 }
 
 void TestPaletteDialogs::closingTheDialogDropsThePreview_data()
@@ -370,21 +322,17 @@ void TestPaletteDialogs::resultKeepsOrLeavesThePaletteFile_data()
     QTest::addColumn<QString>("control");
     QTest::addColumn<QVariant>("value");
     QTest::addColumn<bool>("edits"); // the result is the opened palette changed, not a new one
-
-    QTest::newRow("tint") << "paletteManipulateTint"
-                          << "opacity" << QVariant(60) << true;
-    QTest::newRow("blur") << "paletteManipulateBlur"
-                          << "value" << QVariant(3) << true;
-    QTest::newRow("shift") << "paletteOrderShift"
-                           << "offset" << QVariant(2) << true;
-    QTest::newRow("resize") << "paletteSetSize"
-                            << "size" << QVariant(7) << true;
-    QTest::newRow("persian raster") << "paletteGeneratePersianRaster"
-                                    << "period2" << QVariant(2) << true;
-    QTest::newRow("cosini") << "paletteGenerateUsingCosini"
-                            << "size" << QVariant(24) << false;
-    QTest::newRow("interpolation") << "paletteGenerateInterpolation"
-                                   << "size" << QVariant(32) << false;
+    const auto row = [](const char *tag, const QString &slot, const QString &control, const QVariant &value,
+                        bool edits) {
+        QTest::newRow(tag) << slot << control << value << edits;
+    };
+    row("tint", "paletteManipulateTint", "opacity", 60, true);
+    row("blur", "paletteManipulateBlur", "value", 3, true);
+    row("shift", "paletteOrderShift", "offset", 2, true);
+    row("resize", "paletteSetSize", "size", 7, true);
+    row("persian raster", "paletteGeneratePersianRaster", "period2", 2, true);
+    row("cosini", "paletteGenerateUsingCosini", "size", 24, false);
+    row("interpolation", "paletteGenerateInterpolation", "size", 32, false);
 }
 
 void TestPaletteDialogs::resultKeepsOrLeavesThePaletteFile()
@@ -460,8 +408,7 @@ void TestPaletteDialogs::resultKeepsOrLeavesThePaletteFile()
     w.action("redo")->trigger();
     QCOMPARE(w.document().palette(), result);
     QCOMPARE(w.document().paletteFileName(), edits ? file : QString());
-    w.document().setPaletteModified(false);
-    w.document().setImageModified(false);
+    markSaved(w);
 }
 
 void TestPaletteDialogs::generators_data()
@@ -472,18 +419,17 @@ void TestPaletteDialogs::generators_data()
     QTest::addColumn<int>("index");
     QTest::addColumn<uint>("red");   // of entry index
     QTest::addColumn<uint>("alpha"); // of entry index
-
-    QTest::newRow("grayscale") << "paletteGenerateGrayScale"
-                               << "palette_generate_grayscale" << 256 << 255 << 65280u << 65535u;
-    QTest::newRow("extended grayscale") << "paletteGenerateExtendedGrayScale"
-                                        << "palette_generate_extgrayscale" << 766 << 1 << 256u << 65280u;
-    QTest::newRow("hue 256") << "paletteGenerateHueRot256"
-                             << "palette_generate_huerot256" << 256 << 128 << 0u << 4294836225u;
-    QTest::newRow("hue 1024") << "paletteGenerateHueRot1024"
-                              << "palette_generate_huerot1024" << 1024 << 0 << 65535u << 4294836225u;
-    QTest::newRow("invert") << "paletteOrderInvert"
-                            << "palette_invert_order" << 16 << 0 << startPalette()[15].r
-                            << startPalette()[15].a;
+    const auto row = [](const char *tag, const QString &slot, const QString &step, int size, int index, uint red,
+                        uint alpha) {
+        QTest::newRow(tag) << slot << step << size << index << red << alpha;
+    };
+    row("grayscale", "paletteGenerateGrayScale", "palette_generate_grayscale", 256, 255, 65280u, 65535u);
+    row("extended grayscale", "paletteGenerateExtendedGrayScale", "palette_generate_extgrayscale", 766, 1,
+        256u, 65280u);
+    row("hue 256", "paletteGenerateHueRot256", "palette_generate_huerot256", 256, 128, 0u, 4294836225u);
+    row("hue 1024", "paletteGenerateHueRot1024", "palette_generate_huerot1024", 1024, 0, 65535u, 4294836225u);
+    row("invert", "paletteOrderInvert", "palette_invert_order", 16, 0, startPalette()[15].r,
+        startPalette()[15].a);
 }
 
 void TestPaletteDialogs::generators()
@@ -510,8 +456,7 @@ void TestPaletteDialogs::generators()
     QCOMPARE(steps[0].parameters, QString("selection:2-5\n"));
     w.action("undo")->trigger();
     QCOMPARE(w.document().palette(), before);
-    w.document().setPaletteModified(false);
-    w.document().setImageModified(false);
+    markSaved(w);
 }
 
 void TestPaletteDialogs::interpolateSelectedNeedsTwo()
@@ -534,8 +479,7 @@ void TestPaletteDialogs::interpolateSelectedNeedsTwo()
     QCOMPARE(p[5], before[5]);
     w.action("undo")->trigger();
     QCOMPARE(w.document().palette(), before);
-    w.document().setPaletteModified(false);
-    w.document().setImageModified(false);
+    markSaved(w);
 }
 
 void TestPaletteDialogs::interpolationFromSelection()
@@ -565,8 +509,7 @@ void TestPaletteDialogs::interpolationFromSelection()
     // Selected entries keep their colours, to their 8-bit key precision.
     for (int i : {0, 5, 15})
         QCOMPARE(p[i].r >> 8, startPalette()[i].r >> 8);
-    w.document().setPaletteModified(false);
-    w.document().setImageModified(false);
+    markSaved(w);
 }
 
 void TestPaletteDialogs::lastUsedSettingsReturn()
@@ -595,8 +538,7 @@ void TestPaletteDialogs::lastUsedSettingsReturn()
     QCOMPARE(brightness, 77);
     QVERIFY(livePreviewOnOpen);
     QCOMPARE(w.document().palette(), installed);
-    w.document().setPaletteModified(false);
-    w.document().setImageModified(false);
+    markSaved(w);
 }
 
 CHROMAXIS_GUI_TEST_MAIN(TestPaletteDialogs)

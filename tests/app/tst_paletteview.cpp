@@ -106,7 +106,6 @@ private slots:
     void hitTest();
     void clickSelection_data();
     void clickSelection();
-    void eventModifiersCount();
     void otherButtonsSelectNothing();
     void doubleClickEmitsColour();
     void paste_data();
@@ -222,62 +221,34 @@ void TestPaletteView::hitTest()
 
 void TestPaletteView::clickSelection_data()
 {
-    // Clicks: an index, prefixed by s (shift), c (control) or sc. The palette has 10 entries.
+    // Clicks: an index, prefixed by s (shift), c (control) or sc; S and C come with the event alone,
+    // unseen by the window. The palette has 10 entries.
     QTest::addColumn<QString>("preset");
     QTest::addColumn<QString>("clicks");
     QTest::addColumn<QString>("selection");
     QTest::addColumn<int>("anchor");
-    QTest::newRow("plain") << ""
-                           << "3"
-                           << "3" << 3;
-    QTest::newRow("plain moves") << ""
-                                 << "3,5"
-                                 << "5" << 5;
-    QTest::newRow("plain on selected clears") << ""
-                                              << "3,3"
-                                              << "" << -1;
-    QTest::newRow("plain on one of several clears all") << ""
-                                                        << "c3,c5,c7,5"
-                                                        << "" << -1;
-    QTest::newRow("plain on unselected replaces several") << ""
-                                                          << "c3,c5,8"
-                                                          << "8" << 8;
-    QTest::newRow("control toggles") << ""
-                                     << "c3,c5,c3"
-                                     << "5" << 3;
-    QTest::newRow("shift range") << ""
-                                 << "2,s6"
-                                 << "2,3,4,5,6" << 6;
-    QTest::newRow("shift range backwards") << ""
-                                           << "6,s2"
-                                           << "2,3,4,5,6" << 2;
-    QTest::newRow("shift adds to selection") << ""
-                                             << "c0,c8,s9"
-                                             << "0,8,9" << 9;
-    QTest::newRow("shift on selected removes range") << ""
-                                                     << "2,s6,c9,s4"
-                                                     << "2,3" << 4;
-    QTest::newRow("shift without anchor is plain") << "1,2"
-                                                   << "s5"
-                                                   << "5" << 5;
-    QTest::newRow("shift after clearing click") << ""
-                                                << "3,3,s7"
-                                                << "7" << 7;
-    QTest::newRow("shift and control without anchor toggles") << "1"
-                                                              << "sc5"
-                                                              << "1,5" << 5;
-    QTest::newRow("shift and control with anchor") << ""
-                                                   << "1,sc4"
-                                                   << "1,2,3,4" << 4;
-    QTest::newRow("past the end") << ""
-                                  << "12"
-                                  << "12" << 12;
-    QTest::newRow("range past the end") << ""
-                                        << "8,s13"
-                                        << "8,9,10,11,12,13" << 13;
-    QTest::newRow("control past the end") << ""
-                                          << "c4,c15"
-                                          << "4,15" << 15;
+    const auto row = [](const char *tag, const QString &preset, const QString &clicks, const QString &selection,
+                        int anchor) {
+        QTest::newRow(tag) << preset << clicks << selection << anchor;
+    };
+    row("plain", "", "3", "3", 3);
+    row("plain moves", "", "3,5", "5", 5);
+    row("plain on selected clears", "", "3,3", "", -1);
+    row("plain on one of several clears all", "", "c3,c5,c7,5", "", -1);
+    row("plain on unselected replaces several", "", "c3,c5,8", "8", 8);
+    row("control toggles", "", "c3,c5,c3", "5", 3);
+    row("shift range", "", "2,s6", "2,3,4,5,6", 6);
+    row("shift range backwards", "", "6,s2", "2,3,4,5,6", 2);
+    row("shift adds to selection", "", "c0,c8,s9", "0,8,9", 9);
+    row("shift on selected removes range", "", "2,s6,c9,s4", "2,3", 4);
+    row("shift without anchor is plain", "1,2", "s5", "5", 5);
+    row("shift after clearing click", "", "3,3,s7", "7", 7);
+    row("shift and control without anchor toggles", "1", "sc5", "1,5", 5);
+    row("shift and control with anchor", "", "1,sc4", "1,2,3,4", 4);
+    row("past the end", "", "12", "12", 12);
+    row("range past the end", "", "8,s13", "8,9,10,11,12,13", 13);
+    row("control past the end", "", "c4,c15", "4,15", 15);
+    row("modifiers of the event alone", "", "2,S4,C7", "2,3,4,7", 7);
 }
 
 void TestPaletteView::clickSelection()
@@ -294,27 +265,18 @@ void TestPaletteView::clickSelection()
     QSignalSpy paletteSpy(view.get(), &PaletteView::paletteChanged);
     const QStringList list = clicks.split(',');
     for (QString click : list) {
-        const bool shift = click.contains('s');
-        const bool control = click.contains('c');
-        click.remove('s').remove('c');
-        view->setModifiers(shift, control);
-        QTest::mouseClick(view.get(), Qt::LeftButton, Qt::NoModifier, cellCentre(click.toInt()));
+        view->setModifiers(click.contains('s'), click.contains('c'));
+        Qt::KeyboardModifiers event;
+        event.setFlag(Qt::ShiftModifier, click.contains('S'));
+        event.setFlag(Qt::ControlModifier, click.contains('C'));
+        click.remove(QRegularExpression("[scSC]"));
+        QTest::mouseClick(view.get(), Qt::LeftButton, event, cellCentre(click.toInt()));
     }
     QCOMPARE(view->selection(), indexes(selection));
     QCOMPARE(view->anchor(), anchor);
     QCOMPARE(selectionSpy.count(), list.size());
     QCOMPARE(paletteSpy.count(), 0);
     QCOMPARE(view->palette().entries(), makePalette(10).entries());
-}
-
-void TestPaletteView::eventModifiersCount()
-{
-    // Modifiers the window did not see still act, through the event itself.
-    auto view = windowView(10);
-    QTest::mouseClick(view.get(), Qt::LeftButton, Qt::NoModifier, cellCentre(2));
-    QTest::mouseClick(view.get(), Qt::LeftButton, Qt::ShiftModifier, cellCentre(4));
-    QTest::mouseClick(view.get(), Qt::LeftButton, Qt::ControlModifier, cellCentre(7));
-    QCOMPARE(view->selection(), indexes("2,3,4,7"));
 }
 
 void TestPaletteView::otherButtonsSelectNothing()
@@ -348,29 +310,25 @@ void TestPaletteView::paste_data()
     QTest::addColumn<bool>("fixed");
     QTest::addColumn<int>("maximum");
     QTest::addColumn<QString>("result");
+    const auto row = [](const char *tag, const QString &clipboard, const QString &selection, bool fixed,
+                        int maximum, const QString &result) {
+        QTest::newRow(tag) << clipboard << selection << fixed << maximum << result;
+    };
     const QString ab = "list:#ff0a141e#ff28323c";
-    QTest::newRow("colour after each selected") << "colour"
-                                                << "3,5" << false << 1024 << "0,1,2,3,C,4,5,C,6,7,8,9";
-    QTest::newRow("colour, fixed size") << "colour"
-                                        << "3,5" << true << 1024 << "0,1,2,3,C,4,5,C,6,7";
-    QTest::newRow("colour, no selection") << "colour"
-                                          << "" << false << 1024 << "0,1,2,3,4,5,6,7,8,9,C";
-    QTest::newRow("colour, no selection, fixed") << "colour"
-                                                 << "" << true << 1024 << "0,1,2,3,4,5,6,7,8,9";
-    QTest::newRow("colour, no selection, at maximum") << "colour"
-                                                      << "" << false << 10 << "0,1,2,3,4,5,6,7,8,9";
-    QTest::newRow("colour, stops at maximum") << "colour"
-                                              << "3,5" << false << 11 << "0,1,2,3,C,4,5,C,6,7,8";
-    QTest::newRow("colour, selection past the end") << "colour"
-                                                    << "9,12" << false << 1024 << "0,1,2,3,4,5,6,7,8,9,C";
-    QTest::newRow("list replaces each selected") << ab << "3,5" << false << 1024 << "0,1,2,A,B,4,A,B,6,7,8,9";
-    QTest::newRow("list, fixed size") << ab << "3,5" << true << 1024 << "0,1,2,A,B,4,A,B,6,7";
-    QTest::newRow("list, no selection") << ab << "" << false << 1024 << "0,1,2,3,4,5,6,7,8,9,A,B";
-    QTest::newRow("list, no selection, no limit") << ab << "" << false << 10 << "0,1,2,3,4,5,6,7,8,9,A,B";
-    QTest::newRow("list, no selection, fixed") << ab << "" << true << 1024 << "0,1,2,3,4,5,6,7,8,9";
-    QTest::newRow("list, stops at maximum") << ab << "0,9" << false << 11 << "A,B,1,2,3,4,5,6,7,8,A";
-    QTest::newRow("list, bad groups skipped") << "list:#ff0a141e#zzzzzzzz#ff28"
-                                              << "1" << false << 1024 << "0,A,2,3,4,5,6,7,8,9";
+    row("colour after each selected", "colour", "3,5", false, 1024, "0,1,2,3,C,4,5,C,6,7,8,9");
+    row("colour, fixed size", "colour", "3,5", true, 1024, "0,1,2,3,C,4,5,C,6,7");
+    row("colour, no selection", "colour", "", false, 1024, "0,1,2,3,4,5,6,7,8,9,C");
+    row("colour, no selection, fixed", "colour", "", true, 1024, "0,1,2,3,4,5,6,7,8,9");
+    row("colour, no selection, at maximum", "colour", "", false, 10, "0,1,2,3,4,5,6,7,8,9");
+    row("colour, stops at maximum", "colour", "3,5", false, 11, "0,1,2,3,C,4,5,C,6,7,8");
+    row("colour, selection past the end", "colour", "9,12", false, 1024, "0,1,2,3,4,5,6,7,8,9,C");
+    row("list replaces each selected", ab, "3,5", false, 1024, "0,1,2,A,B,4,A,B,6,7,8,9");
+    row("list, fixed size", ab, "3,5", true, 1024, "0,1,2,A,B,4,A,B,6,7");
+    row("list, no selection", ab, "", false, 1024, "0,1,2,3,4,5,6,7,8,9,A,B");
+    row("list, no selection, no limit", ab, "", false, 10, "0,1,2,3,4,5,6,7,8,9,A,B");
+    row("list, no selection, fixed", ab, "", true, 1024, "0,1,2,3,4,5,6,7,8,9");
+    row("list, stops at maximum", ab, "0,9", false, 11, "A,B,1,2,3,4,5,6,7,8,A");
+    row("list, bad groups skipped", "list:#ff0a141e#zzzzzzzz#ff28", "1", false, 1024, "0,A,2,3,4,5,6,7,8,9");
 }
 
 void TestPaletteView::paste()
@@ -518,32 +476,23 @@ void TestPaletteView::cutAndDelete_data()
     QTest::addColumn<QString>("result");
     QTest::addColumn<QString>("clipboard"); // the palette groups copied, or "untouched"
     QTest::addColumn<int>("emissions");     // of each of paletteChanged and selectionChanged
+    const auto row = [](const char *tag, const QString &command, const QString &selection, bool fixed,
+                        const QString &result, const QString &clipboard, int emissions) {
+        QTest::newRow(tag) << command << selection << fixed << result << clipboard << emissions;
+    };
     const QString groups13 =
         QString(QColor(int(entryAt(1).r >> 8), int(entryAt(1).g >> 8), int(entryAt(1).b >> 8))
                     .name(QColor::HexArgb)) +
         QColor(int(entryAt(3).r >> 8), int(entryAt(3).g >> 8), int(entryAt(3).b >> 8)).name(QColor::HexArgb);
-    QTest::newRow("cut") << "cut"
-                         << "1,3" << false << "0,2,4,5,6,7,8,9" << groups13 << 1;
-    QTest::newRow("cut, fixed size") << "cut"
-                                     << "1,3" << true << "0,2,4,5,6,7,8,9,F,F" << groups13 << 1;
-    QTest::newRow("cut, past the end") << "cut"
-                                       << "1,3,14" << false << "0,2,4,5,6,7,8,9" << groups13 << 1;
-    QTest::newRow("cut, all, fixed") << "cut"
-                                     << "0,1,2,3,4,5,6,7,8,9" << true << "F,F,F,F,F,F,F,F,F,F"
-                                     << "" << 1;
-    QTest::newRow("delete") << "delete"
-                            << "1,3" << false << "0,2,4,5,6,7,8,9"
-                            << "untouched" << 2;
-    QTest::newRow("delete, fixed size") << "delete"
-                                        << "1,3" << true << "0,2,4,5,6,7,8,9,F,F"
-                                        << "untouched" << 2;
-    QTest::newRow("to background") << "background"
-                                   << "1,3" << false << "0,F,2,F,4,5,6,7,8,9" << groups13 << 1;
-    QTest::newRow("to background, fixed") << "background"
-                                          << "1,3" << true << "0,F,2,F,4,5,6,7,8,9" << groups13 << 1;
-    QTest::newRow("to background, past the end")
-        << "background"
-        << "3,1,12" << false << "0,F,2,F,4,5,6,7,8,9" << groups13 << 1;
+    row("cut", "cut", "1,3", false, "0,2,4,5,6,7,8,9", groups13, 1);
+    row("cut, fixed size", "cut", "1,3", true, "0,2,4,5,6,7,8,9,F,F", groups13, 1);
+    row("cut, past the end", "cut", "1,3,14", false, "0,2,4,5,6,7,8,9", groups13, 1);
+    row("cut, all, fixed", "cut", "0,1,2,3,4,5,6,7,8,9", true, "F,F,F,F,F,F,F,F,F,F", "", 1);
+    row("delete", "delete", "1,3", false, "0,2,4,5,6,7,8,9", "untouched", 2);
+    row("delete, fixed size", "delete", "1,3", true, "0,2,4,5,6,7,8,9,F,F", "untouched", 2);
+    row("to background", "background", "1,3", false, "0,F,2,F,4,5,6,7,8,9", groups13, 1);
+    row("to background, fixed", "background", "1,3", true, "0,F,2,F,4,5,6,7,8,9", groups13, 1);
+    row("to background, past the end", "background", "3,1,12", false, "0,F,2,F,4,5,6,7,8,9", groups13, 1);
 }
 
 void TestPaletteView::cutAndDelete()
@@ -627,26 +576,17 @@ void TestPaletteView::replace_data()
     QTest::addColumn<QString>("clipboard");
     QTest::addColumn<QString>("selection");
     QTest::addColumn<QString>("result"); // empty: replace() fails and nothing changes
+    const auto row = [](const char *tag, const QString &clipboard, const QString &selection,
+                        const QString &result) { QTest::newRow(tag) << clipboard << selection << result; };
     const QString ab = "list:#ff0a141e#ff28323c";
-    QTest::newRow("colour fills selection") << "colour"
-                                            << "1,4"
-                                            << "0,C,2,3,C,5";
-    QTest::newRow("list in order") << ab << "1,4"
-                                   << "0,A,2,3,B,5";
-    QTest::newRow("list starts over") << ab << "0,2,3,5"
-                                      << "A,1,B,A,4,B";
-    QTest::newRow("list longer than selection") << ab << "5"
-                                                << "0,1,2,3,4,A";
-    QTest::newRow("past the end skipped") << ab << "2,9,10"
-                                          << "0,1,A,3,4,5";
-    QTest::newRow("no selection") << ab << ""
-                                  << "";
-    QTest::newRow("only past the end") << "colour"
-                                       << "7"
-                                       << "";
-    QTest::newRow("no colours") << "text"
-                                << "1"
-                                << "";
+    row("colour fills selection", "colour", "1,4", "0,C,2,3,C,5");
+    row("list in order", ab, "1,4", "0,A,2,3,B,5");
+    row("list starts over", ab, "0,2,3,5", "A,1,B,A,4,B");
+    row("list longer than selection", ab, "5", "0,1,2,3,4,A");
+    row("past the end skipped", ab, "2,9,10", "0,1,A,3,4,5");
+    row("no selection", ab, "", "");
+    row("only past the end", "colour", "7", "");
+    row("no colours", "text", "1", "");
 }
 
 void TestPaletteView::replace()

@@ -92,45 +92,30 @@ void TestCliOperations::apply_data()
     QTest::addColumn<QStringList>("sets");     // KEY=VALUE
     QTest::addColumn<QString>("select");
     QTest::addColumn<std::set<int>>("selection");
+    const auto row = [](const char *tag, const QString &operation, const QString &settingsFile,
+                        const QStringList &sets, const QString &select, const std::set<int> &selection) {
+        QTest::newRow(tag) << operation << settingsFile << sets << select << selection;
+    };
 
-    QTest::newRow("tint from a file, selected")
-        << "tint"
-        << "color:#aa00ff\nopacity:40\nsel_only:1" << QStringList() << "1,3-4" << std::set<int>{1, 3, 4};
-    QTest::newRow("gradient tint over a range")
-        << "gradienttint"
-        << "color1:#000000\nopacity1:0\ncolor2:#ffffff\nopacity2:100\nmode:9"
-        << QStringList{"begin=1", "end=4"} << "" << std::set<int>();
-    QTest::newRow("blur by --set") << "blur"
-                                   << "" << QStringList{"value=2", "method=1"} << "" << std::set<int>();
-    QTest::newRow("hue / saturation / value")
-        << "hue_saturation_value"
-        << "hue:90\nsaturation:-20\nsel_only:1" << QStringList() << "0-2" << std::set<int>{0, 1, 2};
-    QTest::newRow("brightness / contrast") << "brightness_contrast"
-                                           << "" << QStringList{"contrast=100"} << "" << std::set<int>();
-    QTest::newRow("component manipulation")
-        << "component_manipulation"
-        << "mode:0\ncomp1:50\nwrap:1" << QStringList() << "" << std::set<int>();
-    QTest::newRow("shift order") << "shift_order"
-                                 << "" << QStringList{"offset=2"} << "" << std::set<int>();
-    QTest::newRow("parameterless step") << "palette_invert_order"
-                                        << "" << QStringList() << "" << std::set<int>();
-    QTest::newRow("interpolate selected") << "interpolate_selected"
-                                          << "" << QStringList() << "0,5" << std::set<int>{0, 5};
-    QTest::newRow("sort colors") << "sort_colors"
-                                 << "" << QStringList{"key=0", "descending=1"} << "" << std::set<int>();
-    QTest::newRow("sort selected") << "sort_colors"
-                                   << "key:4\nsel_only:1\ndescending:1" << QStringList() << "0,2-4" << std::set<int>{0, 2, 3, 4};
-    QTest::newRow("sharpen") << "sharpen"
-                             << "" << QStringList{"amount=200", "radius=1", "method=0"} << "" << std::set<int>();
-    QTest::newRow("resize") << "resize_palette"
-                            << "size:11\nmode:3\nmethod:2" << QStringList() << "" << std::set<int>();
-    QTest::newRow("repetition pattern") << "pattern_generation"
-                                        << "" << QStringList{"count=2", "mirror=1"} << "1,3,4" << std::set<int>{1, 3, 4};
-    QTest::newRow("persian raster") << "persian_raster"
-                                    << "period1:2\nperiod2:1\nreverse:1\nsize:9" << QStringList() << ""
-                                    << std::set<int>();
-    QTest::newRow("append mirrored") << "palette_append_mirrored"
-                                     << "" << QStringList() << "" << std::set<int>();
+    row("tint from a file, selected", "tint", "color:#aa00ff\nopacity:40\nsel_only:1", {}, "1,3-4",
+        {1, 3, 4});
+    row("gradient tint over a range", "gradienttint",
+        "color1:#000000\nopacity1:0\ncolor2:#ffffff\nopacity2:100\nmode:9", {"begin=1", "end=4"}, "", {});
+    row("blur by --set", "blur", "", {"value=2", "method=1"}, "", {});
+    row("hue / saturation / value", "hue_saturation_value", "hue:90\nsaturation:-20\nsel_only:1", {}, "0-2",
+        {0, 1, 2});
+    row("brightness / contrast", "brightness_contrast", "", {"contrast=100"}, "", {});
+    row("component manipulation", "component_manipulation", "mode:0\ncomp1:50\nwrap:1", {}, "", {});
+    row("shift order", "shift_order", "", {"offset=2"}, "", {});
+    row("parameterless step", "palette_invert_order", "", {}, "", {});
+    row("interpolate selected", "interpolate_selected", "", {}, "0,5", {0, 5});
+    row("sort colors", "sort_colors", "", {"key=0", "descending=1"}, "", {});
+    row("sort selected", "sort_colors", "key:4\nsel_only:1\ndescending:1", {}, "0,2-4", {0, 2, 3, 4});
+    row("sharpen", "sharpen", "", {"amount=200", "radius=1", "method=0"}, "", {});
+    row("resize", "resize_palette", "size:11\nmode:3\nmethod:2", {}, "", {});
+    row("repetition pattern", "pattern_generation", "", {"count=2", "mirror=1"}, "1,3,4", {1, 3, 4});
+    row("persian raster", "persian_raster", "period1:2\nperiod2:1\nreverse:1\nsize:9", {}, "", {});
+    row("append mirrored", "palette_append_mirrored", "", {}, "", {});
 }
 
 void TestCliOperations::apply()
@@ -314,46 +299,36 @@ void TestCliOperations::failures_data()
     QTest::addColumn<QStringList>("args");
     QTest::addColumn<int>("code");
     QTest::addColumn<QString>("err"); // the first line of stderr
+    const auto row = [](const char *tag, const QStringList &args, int code, const QString &err) {
+        QTest::newRow(tag) << args << code << err;
+    };
 
-    QTest::newRow("unknown operation") << QStringList{"apply", "tinted", "@in.cxw", "@out.cxw"} << 1
-                                       << "Unknown operation: There is no palette operation named 'tinted'.";
-    QTest::newRow("unknown generator from nothing")
-        << QStringList{"apply", "cosinus", "-", "@out.cxw"} << 1
-        << "Unknown operation: There is no palette operation named 'cosinus'.";
-    QTest::newRow("bad value") << QStringList{"apply", "tint", "@in.cxw", "@out.cxw", "--set", "opacity=lots"}
-                               << 1
-                               << "Invalid settings: The value \"lots\" of \"opacity\" is not an integer.";
-    QTest::newRow("bad colour in file")
-        << QStringList{"apply",      "tint",      "@in.cxw", "@out.cxw",
-                       "--settings", "@tint.txt", "--set",   "color=#12"}
-        << 1 << "Invalid settings: The value \"#12\" of \"color\" is not a colour like #aa00ff.";
-    QTest::newRow("another dialog's file")
-        << QStringList{"apply", "blur", "@in.cxw", "@out.cxw", "--settings", "@tint.txt"} << 1
-        << "Invalid settings: These settings belong to \"tint\", not to \"blur\".";
-    QTest::newRow("selection beyond the palette")
-        << QStringList{"apply", "tint", "@in.cxw", "@out.cxw", "--select", "2,6"} << 1
-        << "Invalid selection: The selection names index 6, but the palette has 6 entries.";
-    QTest::newRow("missing input") << QStringList{"apply", "tint", "@none.cxw", "@out.cxw"} << 1 << "";
-    QTest::newRow("no input for a manipulation") << QStringList{"apply", "tint", "-", "@out.cxw"} << 2 << "";
-    QTest::newRow("malformed selection")
-        << QStringList{"apply", "tint", "@in.cxw", "@out.cxw", "--select", "1-"} << 2 << "";
-    QTest::newRow("--set without value")
-        << QStringList{"apply", "tint", "@in.cxw", "@out.cxw", "--set", "opacity"} << 2 << "";
-    QTest::newRow("missing operand") << QStringList{"apply", "tint", "@in.cxw"} << 2 << "";
-    QTest::newRow("not a parameterless generator")
-        << QStringList{"generate", "cosini", "@out.cxw"} << 2 << "";
-    QTest::newRow("size 0") << QStringList{"generate", "palette_generate_grayscale", "@out.cxw", "--size",
-                                           "0"}
-                            << 2 << "";
-    QTest::newRow("size not a number")
-        << QStringList{"generate", "palette_generate_grayscale", "@out.cxw", "--size", "many"} << 2 << "";
-    QTest::newRow("select with a bad value")
-        << QStringList{"select", "@in.cxw", "--set", "set_number=x"} << 1
-        << "Invalid settings: The value \"x\" of \"set_number\" is not an integer.";
-    QTest::newRow("select with another dialog's file")
-        << QStringList{"select", "@in.cxw", "--settings", "@tint.txt"} << 1
-        << "Invalid settings: These settings belong to \"tint\", not to "
-           "\"selectionpattern\".";
+    row("unknown operation", {"apply", "tinted", "@in.cxw", "@out.cxw"}, 1,
+        "Unknown operation: There is no palette operation named 'tinted'.");
+    row("unknown generator from nothing", {"apply", "cosinus", "-", "@out.cxw"}, 1,
+        "Unknown operation: There is no palette operation named 'cosinus'.");
+    row("bad value", {"apply", "tint", "@in.cxw", "@out.cxw", "--set", "opacity=lots"}, 1,
+        "Invalid settings: The value \"lots\" of \"opacity\" is not an integer.");
+    row("bad colour in file",
+        {"apply", "tint", "@in.cxw", "@out.cxw", "--settings", "@tint.txt", "--set", "color=#12"}, 1,
+        "Invalid settings: The value \"#12\" of \"color\" is not a colour like #aa00ff.");
+    row("another dialog's file", {"apply", "blur", "@in.cxw", "@out.cxw", "--settings", "@tint.txt"}, 1,
+        "Invalid settings: These settings belong to \"tint\", not to \"blur\".");
+    row("selection beyond the palette", {"apply", "tint", "@in.cxw", "@out.cxw", "--select", "2,6"}, 1,
+        "Invalid selection: The selection names index 6, but the palette has 6 entries.");
+    row("missing input", {"apply", "tint", "@none.cxw", "@out.cxw"}, 1, "");
+    row("no input for a manipulation", {"apply", "tint", "-", "@out.cxw"}, 2, "");
+    row("malformed selection", {"apply", "tint", "@in.cxw", "@out.cxw", "--select", "1-"}, 2, "");
+    row("--set without value", {"apply", "tint", "@in.cxw", "@out.cxw", "--set", "opacity"}, 2, "");
+    row("missing operand", {"apply", "tint", "@in.cxw"}, 2, "");
+    row("not a parameterless generator", {"generate", "cosini", "@out.cxw"}, 2, "");
+    row("size 0", {"generate", "palette_generate_grayscale", "@out.cxw", "--size", "0"}, 2, "");
+    row("size not a number", {"generate", "palette_generate_grayscale", "@out.cxw", "--size", "many"}, 2, "");
+    row("select with a bad value", {"select", "@in.cxw", "--set", "set_number=x"}, 1,
+        "Invalid settings: The value \"x\" of \"set_number\" is not an integer.");
+    row("select with another dialog's file", {"select", "@in.cxw", "--settings", "@tint.txt"}, 1,
+        "Invalid settings: These settings belong to \"tint\", not to "
+        "\"selectionpattern\".");
 }
 
 void TestCliOperations::failures()

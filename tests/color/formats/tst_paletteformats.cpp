@@ -116,62 +116,57 @@ void TestPaletteFormats::writerBytes_data()
     QTest::addColumn<int>("format");
     QTest::addColumn<QStringList>("options");
     QTest::addColumn<QByteArray>("expected");
+    const auto row = [](const char *tag, int format, const QStringList &options, const QByteArray &expected) {
+        QTest::newRow(tag) << format << options << expected;
+    };
     const QStringList none;
-    QTest::newRow("gimp") << 1 << none
-                          << QByteArray(
-                                 "GIMP Palette\nName: My palette  with blanks\n#\n"
-                                 " 18 255   0\tUntitled\n255   1 127\tUntitled\n 10 100 200\tUntitled\n");
-    QTest::newRow("photoshop") << 2 << none
-                               << QByteArray::fromHex("00010003"
-                                                      "000012abff0100ff0000"
-                                                      "0000ffff01017f800000"
-                                                      "00000a0a6464c8c80000");
-    QTest::newRow("fractint") << 3 << none << QByteArray(" 18 255   0\n255   1 127\n 10 100 200\n");
-    QTest::newRow("microsoft") << 4 << none
-                               << QByteArray::fromHex("52494646"
-                                                      "20000000"
-                                                      "50414c2064617461"
-                                                      "10000000"
-                                                      "0003"
-                                                      "0300"
-                                                      "12ff0000ff017f000a64c800");
-    QTest::newRow("html")
-        << 6 << none
-        << QByteArray("<table border=\"0\" cellspacing=\"0\" cellpadding=\"0\" width=\"100%\">\n"
-                      "<tr><th colspan=\"3\">Palette My palette  with blanks (3 entries)</th></tr>\n"
-                      "<tr>\n<td bgcolor=\"#12ff00\">&nbsp;</td>\n"
-                      "<td bgcolor=\"#ff017f\">&nbsp;</td>\n<td bgcolor=\"#0a64c8\">&nbsp;</td>\n"
-                      "</tr>\n<tr><td colspan=\"3\">file: out.bin</td></tr>\n</table>\n");
-    QTest::newRow("css defaults") << 7 << none
-                                  << QByteArray(".pal0 { background-color: #12ff00; }\n"
-                                                ".pal1 { background-color: #ff017f; }\n"
-                                                ".pal2 { background-color: #0a64c8; }\n");
-    QTest::newRow("css options") << 7 << QStringList({"css.name=div.swatch-", "css.attribute=border-color"})
-                                 << QByteArray("div.swatch-0 { border-color: #12ff00; }\n"
-                                               "div.swatch-1 { border-color: #ff017f; }\n"
-                                               "div.swatch-2 { border-color: #0a64c8; }\n");
-    QTest::newRow("js triplet") << 8 << none
-                                << QByteArray(
-                                       "var palette = [[18, 255, 0], [255, 1, 127], [10, 100, 200]];\n");
-    QTest::newRow("js hex") << 8 << QStringList({"js.type=hex", "js.name=colours"})
-                            << QByteArray("var colours = [\"#12ff00\", \"#ff017f\", \"#0a64c8\"];\n");
-    QTest::newRow("js rgb") << 8 << QStringList({"js.type=rgb"})
-                            << QByteArray("var palette = [\"rgb(18, 255, 0)\", \"rgb(255, 1, 127)\", "
-                                          "\"rgb(10, 100, 200)\"];\n");
-    QTest::newRow("hextxt") << 9 << none << QByteArray("12ff00\nff017f\n0a64c8\n");
-    QTest::newRow("hex") << 10 << none << QByteArray("12ff00ff017f0a64c8\n");
-    QTest::newRow("jasc") << 11 << none
-                          << QByteArray("JASC-PAL\r\n0100\r\n3\r\n18 255 0\r\n255 1 127\r\n10 100 200\r\n");
-    QTest::newRow("ase")
-        << 12 << none
-        << QByteArray::fromHex(
-               "41534546000100000000000300010000002400080023003100320066006600300030000052474220"
-               "3d9090913f8000000000000000020001000000240008002300660066003000310037006600005247"
-               "42203f8000003b8080813efefeff00020001000000240008002300300061003600340063003800"
-               "00524742203d20a0a13ec8c8c93f48c8c90002");
-    QTest::newRow("act") << 13 << none
-                         << QByteArray::fromHex("12ff00ff017f0a64c8") + QByteArray(759, '\0') +
-                                QByteArray::fromHex("0003ffff");
+    row("gimp", 1, none,
+        QByteArray("GIMP Palette\nName: My palette  with blanks\n#\n"
+                   " 18 255   0\tUntitled\n255   1 127\tUntitled\n 10 100 200\tUntitled\n"));
+    row("photoshop", 2, none,
+        QByteArray::fromHex("00010003"
+                            "000012abff0100ff0000"
+                            "0000ffff01017f800000"
+                            "00000a0a6464c8c80000"));
+    row("fractint", 3, none, QByteArray(" 18 255   0\n255   1 127\n 10 100 200\n"));
+    row("microsoft", 4, none,
+        QByteArray::fromHex("52494646"
+                            "20000000"
+                            "50414c2064617461"
+                            "10000000"
+                            "0003"
+                            "0300"
+                            "12ff0000ff017f000a64c800"));
+    row("html", 6, none,
+        QByteArray("<table border=\"0\" cellspacing=\"0\" cellpadding=\"0\" width=\"100%\">\n"
+                   "<tr><th colspan=\"3\">Palette My palette  with blanks (3 entries)</th></tr>\n"
+                   "<tr>\n<td bgcolor=\"#12ff00\">&nbsp;</td>\n"
+                   "<td bgcolor=\"#ff017f\">&nbsp;</td>\n<td bgcolor=\"#0a64c8\">&nbsp;</td>\n"
+                   "</tr>\n<tr><td colspan=\"3\">file: out.bin</td></tr>\n</table>\n"));
+    row("css defaults", 7, none,
+        QByteArray(".pal0 { background-color: #12ff00; }\n"
+                   ".pal1 { background-color: #ff017f; }\n"
+                   ".pal2 { background-color: #0a64c8; }\n"));
+    row("css options", 7, QStringList({"css.name=div.swatch-", "css.attribute=border-color"}),
+        QByteArray("div.swatch-0 { border-color: #12ff00; }\n"
+                   "div.swatch-1 { border-color: #ff017f; }\n"
+                   "div.swatch-2 { border-color: #0a64c8; }\n"));
+    row("js triplet", 8, none, QByteArray("var palette = [[18, 255, 0], [255, 1, 127], [10, 100, 200]];\n"));
+    row("js hex", 8, QStringList({"js.type=hex", "js.name=colours"}),
+        QByteArray("var colours = [\"#12ff00\", \"#ff017f\", \"#0a64c8\"];\n"));
+    row("js rgb", 8, QStringList({"js.type=rgb"}),
+        QByteArray("var palette = [\"rgb(18, 255, 0)\", \"rgb(255, 1, 127)\", "
+                   "\"rgb(10, 100, 200)\"];\n"));
+    row("hextxt", 9, none, QByteArray("12ff00\nff017f\n0a64c8\n"));
+    row("hex", 10, none, QByteArray("12ff00ff017f0a64c8\n"));
+    row("jasc", 11, none, QByteArray("JASC-PAL\r\n0100\r\n3\r\n18 255 0\r\n255 1 127\r\n10 100 200\r\n"));
+    row("ase", 12, none,
+        QByteArray::fromHex("41534546000100000000000300010000002400080023003100320066006600300030000052474220"
+                            "3d9090913f8000000000000000020001000000240008002300660066003000310037006600005247"
+                            "42203f8000003b8080813efefeff00020001000000240008002300300061003600340063003800"
+                            "00524742203d20a0a13ec8c8c93f48c8c90002"));
+    row("act", 13, none,
+        QByteArray::fromHex("12ff00ff017f0a64c8") + QByteArray(759, '\0') + QByteArray::fromHex("0003ffff"));
 }
 
 void TestPaletteFormats::writerBytes()
@@ -246,38 +241,29 @@ void TestPaletteFormats::fixtures_data()
     QTest::addColumn<int>("format");
     QTest::addColumn<Colors>("colors");
     QTest::addColumn<QString>("name");
+    const auto row = [](const char *tag, const QString &file, int format, const Colors &colors, const QString &name) {
+        QTest::newRow(tag) << file << format << colors << name;
+    };
     const uint o = 65535;
     // Blank, whitespace-only, comment, "Name:" and "Columns:" lines around three colours.
-    QTest::newRow("gimp") << "gimp.gpl" << 1
-                          << Colors{{0, 0, 0, o}, {65280, 32768, 1792, o}, {3072, 8704, 14336, o}}
-                          << "Fixture  with blanks";
-    QTest::newRow("fractint") << "fractint.map" << 3
-                              << Colors{{0, 0, 0, o}, {65280, 65280, 65280, o}, {2560, 5120, 7680, o}} << "";
+    row("gimp", "gimp.gpl", 1, {{0, 0, 0, o}, {65280, 32768, 1792, o}, {3072, 8704, 14336, o}},
+        "Fixture  with blanks");
+    row("fractint", "fractint.map", 3, {{0, 0, 0, o}, {65280, 65280, 65280, o}, {2560, 5120, 7680, o}}, "");
     // A version 1 section followed by a version 2 section with names: only the first is read.
-    QTest::newRow("photoshop") << "photoshop.aco" << 2
-                               << Colors{{0x1234, 0x5678, 0x9ABC, o}, {0xFFFF, 0, 0x0101, o}} << "";
-    QTest::newRow("microsoft") << "microsoft.pal" << 4
-                               << Colors{{256, 512, 768, 0},
-                                         {64000, 32768, 1792, 32768},
-                                         {65280, 65280, 65280, 65280}}
-                               << "";
-    QTest::newRow("jasc by content under pal")
-        << "jasc.pal" << 4 << Colors{{0, 0, 0, o}, {65280, 32768, 1792, o}, {3072, 8704, 14336, o}} << "";
-    QTest::newRow("jasc") << "jasc.pal" << 11
-                          << Colors{{0, 0, 0, o}, {65280, 32768, 1792, o}, {3072, 8704, 14336, o}} << "";
-    QTest::newRow("gif") << "cells.gif" << 5
-                         << Colors{{65280, 0, 0, o}, {0, 32768, 65280, o}, {2560, 5120, 7680, o}} << "";
-    QTest::newRow("hextxt") << "lines.hextxt" << 9
-                            << Colors{{65280, 0, 0, o}, {0, 65280, 0, o}, {0, 0, 65280, o}} << "";
-    QTest::newRow("hex") << "oneline.hex" << 10
-                         << Colors{{65280, 0, 0, o}, {0, 65280, 0, o}, {0, 0, 65280, o}} << "";
+    row("photoshop", "photoshop.aco", 2, {{0x1234, 0x5678, 0x9ABC, o}, {0xFFFF, 0, 0x0101, o}}, "");
+    row("microsoft", "microsoft.pal", 4,
+        {{256, 512, 768, 0}, {64000, 32768, 1792, 32768}, {65280, 65280, 65280, 65280}}, "");
+    row("jasc by content under pal", "jasc.pal", 4,
+        {{0, 0, 0, o}, {65280, 32768, 1792, o}, {3072, 8704, 14336, o}}, "");
+    row("jasc", "jasc.pal", 11, {{0, 0, 0, o}, {65280, 32768, 1792, o}, {3072, 8704, 14336, o}}, "");
+    row("gif", "cells.gif", 5, {{65280, 0, 0, o}, {0, 32768, 65280, o}, {2560, 5120, 7680, o}}, "");
+    row("hextxt", "lines.hextxt", 9, {{65280, 0, 0, o}, {0, 65280, 0, o}, {0, 0, 65280, o}}, "");
+    row("hex", "oneline.hex", 10, {{65280, 0, 0, o}, {0, 65280, 0, o}, {0, 0, 65280, o}}, "");
     // A group around the first swatch; RGB, gray and CMYK swatches.
-    QTest::newRow("ase") << "swatches.ase" << 12
-                         << Colors{{65280, 32768, 0, o}, {32768, 32768, 32768, o}, {65280, 0, 0, o}} << "";
+    row("ase", "swatches.ase", 12, {{65280, 32768, 0, o}, {32768, 32768, 32768, o}, {65280, 0, 0, o}}, "");
     // 772 bytes: four colours in use, the second transparent.
-    QTest::newRow("act")
-        << "table.act" << 13
-        << Colors{{0, 0, 0, o}, {65280, 0, 65280, 0}, {2560, 5120, 7680, o}, {65280, 65280, 65280, o}} << "";
+    row("act", "table.act", 13,
+        {{0, 0, 0, o}, {65280, 0, 65280, 0}, {2560, 5120, 7680, o}, {65280, 65280, 65280, o}}, "");
 }
 
 void TestPaletteFormats::fixtures()
@@ -338,10 +324,7 @@ void TestPaletteFormats::textEncodings()
         bytes = mark + codec->fromUnicode(text.constData(), text.size(), &state);
     }
     const QString path = m_dir.filePath(file);
-    QFile f(path);
-    QVERIFY(f.open(QIODevice::WriteOnly));
-    f.write(bytes);
-    f.close();
+    writeAll(path, bytes);
     Palette<uint> p;
     QVERIFY(importChecked(path, p, format));
     QCOMPARE(p.size(), count);
@@ -409,56 +392,45 @@ void TestPaletteFormats::exportOptions_data()
 {
     QTest::addColumn<QString>("assignment");
     QTest::addColumn<QString>("error"); // empty: accepted
+    const auto row = [](const char *tag, const QString &assignment, const QString &error) {
+        QTest::newRow(tag) << assignment << error;
+    };
     const QString bad = "'%1' is not a valid value for the option '%2'.\nAllowed: %3.";
     const QString cols = "a whole number from 1 to 256 (default: one column per colour, at most 256)";
     const QString cell = "a whole number from 1 to 255 (default 16)";
-    QTest::newRow("columns 12") << "columns=12"
-                                << "";
-    QTest::newRow("columns 0") << "columns=0" << bad.arg("0", "columns", cols);
-    QTest::newRow("columns 257") << "columns=257" << bad.arg("257", "columns", cols);
-    QTest::newRow("columns 1e2") << "columns=1e2" << bad.arg("1e2", "columns", cols);
-    QTest::newRow("columns blank") << "columns= 5" << bad.arg(" 5", "columns", cols);
-    QTest::newRow("cell-width 255") << "cell-width=255"
-                                    << "";
-    QTest::newRow("cell-width 256") << "cell-width=256" << bad.arg("256", "cell-width", cell);
-    QTest::newRow("cell-height -3") << "cell-height=-3" << bad.arg("-3", "cell-height", cell);
-    QTest::newRow("css.name") << "css.name=.swatch"
-                              << "";
-    QTest::newRow("css.name with =") << "css.name=a=b"
-                                     << "";
-    QTest::newRow("css.name blank") << "css.name=a b"
-                                    << bad.arg(
-                                           "a b", "css.name",
-                                           "a selector prefix without blanks, braces, commas or semicolons "
-                                           "(default \".pal\")");
-    QTest::newRow("css.name empty") << "css.name="
-                                    << bad.arg(
-                                           "", "css.name",
-                                           "a selector prefix without blanks, braces, commas or semicolons "
-                                           "(default \".pal\")");
-    QTest::newRow("css.attribute") << "css.attribute=color"
-                                   << "";
-    QTest::newRow("css.attribute colon")
-        << "css.attribute=col:or"
-        << bad.arg("col:or", "css.attribute", "a CSS property name (default \"background-color\")");
-    QTest::newRow("js.name") << "js.name=$pal_1"
-                             << "";
-    QTest::newRow("js.name digit") << "js.name=1pal"
-                                   << bad.arg("1pal", "js.name",
-                                              "a JavaScript identifier (default \"palette\")");
-    QTest::newRow("js.type hex") << "js.type=hex"
-                                 << "";
-    QTest::newRow("js.type case")
-        << "js.type=Triplet"
-        << bad.arg("Triplet", "js.type",
-                   "one of triplet ([r, g, b]), hex (\"#rrggbb\"), rgb (\"rgb(r, g, b)\") "
-                   "(default triplet)");
-    QTest::newRow("unknown key")
-        << "colour=3"
-        << "Unknown option 'colour'.\nKnown options: columns, cell-width, cell-height, "
-           "css.name, css.attribute, js.name, js.type.";
-    QTest::newRow("no =") << "columns"
-                          << "'columns' is not of the form KEY=VALUE.";
+    row("columns 12", "columns=12", "");
+    row("columns 0", "columns=0", bad.arg("0", "columns", cols));
+    row("columns 257", "columns=257", bad.arg("257", "columns", cols));
+    row("columns 1e2", "columns=1e2", bad.arg("1e2", "columns", cols));
+    row("columns blank", "columns= 5", bad.arg(" 5", "columns", cols));
+    row("cell-width 255", "cell-width=255", "");
+    row("cell-width 256", "cell-width=256", bad.arg("256", "cell-width", cell));
+    row("cell-height -3", "cell-height=-3", bad.arg("-3", "cell-height", cell));
+    row("css.name", "css.name=.swatch", "");
+    row("css.name with =", "css.name=a=b", "");
+    row("css.name blank", "css.name=a b",
+        bad.arg("a b", "css.name",
+                "a selector prefix without blanks, braces, commas or semicolons "
+                "(default \".pal\")"));
+    row("css.name empty", "css.name=",
+        bad.arg("", "css.name",
+                "a selector prefix without blanks, braces, commas or semicolons "
+                "(default \".pal\")"));
+    row("css.attribute", "css.attribute=color", "");
+    row("css.attribute colon", "css.attribute=col:or",
+        bad.arg("col:or", "css.attribute", "a CSS property name (default \"background-color\")"));
+    row("js.name", "js.name=$pal_1", "");
+    row("js.name digit", "js.name=1pal",
+        bad.arg("1pal", "js.name", "a JavaScript identifier (default \"palette\")"));
+    row("js.type hex", "js.type=hex", "");
+    row("js.type case", "js.type=Triplet",
+        bad.arg("Triplet", "js.type",
+                "one of triplet ([r, g, b]), hex (\"#rrggbb\"), rgb (\"rgb(r, g, b)\") "
+                "(default triplet)"));
+    row("unknown key", "colour=3",
+        "Unknown option 'colour'.\nKnown options: columns, cell-width, cell-height, "
+        "css.name, css.attribute, js.name, js.type.");
+    row("no =", "columns", "'columns' is not of the form KEY=VALUE.");
 }
 
 void TestPaletteFormats::exportOptions()

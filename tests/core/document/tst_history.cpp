@@ -3,9 +3,12 @@
 #include "document/macroplayer.h"
 #include "operations/paletteedits.h"
 #include "operations/palettegenerators.h"
+#include "refusal.h"
 
 #include <QTemporaryDir>
 #include <QtTest>
+
+#include <memory>
 
 namespace {
 
@@ -49,12 +52,8 @@ class TestHistory : public QObject
 {
     Q_OBJECT
 private slots:
-    void limitLeavesNineteen();
-    void undoRedoAtEnds();
-    void newStepDropsRedo();
-    void emptyGroupIsAStep();
-    void groupUndoesInReverse();
-    void failingUndoKeepsPosition();
+    void undoSystem_data();
+    void undoSystem();
     void documentPaletteUndoRedo();
     void documentImageAndGroupedChange();
     void documentSettingsUndo();
@@ -70,98 +69,72 @@ private slots:
     void playerReportsUnknownSteps();
 };
 
-void TestHistory::limitLeavesNineteen()
+// A script drives the history step by step: "+a" adds a step named a ("+a!" one whose undo and
+// redo fail), "(" opens a group and ")" closes it, "u" and "r" undo and redo ("u-" and "r-" find
+// nothing to do), "#n" and "@n" check the count and the position, "U", "!U", "R" and "!R" whether
+// there is something to undo or redo, and "~" destroys the history. The log lists what the steps
+// were asked to do, in order.
+void TestHistory::undoSystem_data()
 {
-    QStringList log;
-    ChromaxisUndoSystem h(nullptr);
+    QTest::addColumn<QString>("script");
+    QTest::addColumn<QStringList>("log");
+    QString limit;
+    QStringList limitLog;
     for (int i = 0; i < 25; ++i)
-        h.addUndoAction(new CountingAction(log, QString::number(i)));
-    QCOMPARE(h.count(), 19);
-    QCOMPARE(h.position(), 19);
-    int undone = 0;
-    while (h.canUndo() && h.undo())
-        ++undone;
-    QCOMPARE(undone, 19);
-    QCOMPARE(log.last(), QString("undo 6")); // the oldest kept step
-    QVERIFY(log.contains("delete 5"));
-    QVERIFY(!log.contains("delete 6"));
-}
-
-void TestHistory::undoRedoAtEnds()
-{
-    QStringList log;
-    ChromaxisUndoSystem h(nullptr);
-    QVERIFY(!h.undo());
-    QVERIFY(!h.redo());
-    QVERIFY(!h.canUndo());
-    h.addUndoAction(new CountingAction(log, "a"));
-    QVERIFY(h.canUndo());
-    QVERIFY(!h.canRedo());
-    QVERIFY(!h.redo());
-    QVERIFY(h.undo());
-    QVERIFY(!h.undo());
-    QVERIFY(h.canRedo());
-    QVERIFY(h.redo());
-    QCOMPARE(log, QStringList({"undo a", "redo a"}));
-}
-
-void TestHistory::newStepDropsRedo()
-{
-    QStringList log;
-    ChromaxisUndoSystem h(nullptr);
-    h.addUndoAction(new CountingAction(log, "a"));
-    h.addUndoAction(new CountingAction(log, "b"));
-    h.addUndoAction(new CountingAction(log, "c"));
-    h.undo();
-    h.undo();
-    h.addUndoAction(new CountingAction(log, "d"));
-    QCOMPARE(h.count(), 2);
-    QVERIFY(!h.canRedo());
-    // The redo part is deleted from the end backwards.
-    QCOMPARE(log.filter("delete"), QStringList({"delete c", "delete b"}));
-}
-
-void TestHistory::emptyGroupIsAStep()
-{
-    ChromaxisUndoSystem h(nullptr);
-    h.beginGroup();
-    QVERIFY(h.isGroupOpen());
-    h.endGroup();
-    QCOMPARE(h.count(), 1);
-    QVERIFY(h.undo());
-    QCOMPARE(h.position(), 0);
-    QVERIFY(h.redo());
-    QCOMPARE(h.position(), 1);
-}
-
-void TestHistory::groupUndoesInReverse()
-{
-    QStringList log;
-    {
-        ChromaxisUndoSystem h(nullptr);
-        h.beginGroup();
-        h.addUndoAction(new CountingAction(log, "1"));
-        h.addUndoAction(new CountingAction(log, "2"));
-        QCOMPARE(h.count(), 0);
-        h.endGroup();
-        QCOMPARE(h.count(), 1);
-        h.undo();
-        h.redo();
+        limit += QString("+%1 ").arg(i);
+    limit += "#19 @19";
+    for (int i = 0; i <= 5; ++i) // the oldest steps go as the newest arrive
+        limitLog << QString("delete %1").arg(i);
+    for (int i = 24; i >= 6; --i) {
+        limit += " u";
+        limitLog << QString("undo %1").arg(i);
     }
-    QCOMPARE(log, QStringList({"undo 2", "undo 1", "redo 1", "redo 2", "delete 2", "delete 1"}));
+    QTest::newRow("the limit leaves nineteen") << limit + " !U" << limitLog;
+    QTest::newRow("undo and redo at the ends")
+        << "u- r- !U +a U !R r- u u- R r" << QStringList{"undo a", "redo a"};
+    QTest::newRow("a new step drops the redo, from the end backwards")
+        << "+a +b +c u u +d #2 !R" << QStringList{"undo c", "undo b", "delete c", "delete b"};
+    QTest::newRow("an empty group is a step") << "( ) #1 u @0 r @1" << QStringList{};
+    QTest::newRow("a group undoes in reverse")
+        << "( +1 +2 #0 ) #1 u r ~"
+        << QStringList{"undo 2", "undo 1", "redo 1", "redo 2", "delete 2", "delete 1"};
+    // The undo reports that it ran and the position stays; every member was asked.
+    QTest::newRow("a failing undo keeps the position")
+        << "( +ok +fails! ) u @1" << QStringList{"undo fails", "undo ok"};
 }
 
-void TestHistory::failingUndoKeepsPosition()
+void TestHistory::undoSystem()
 {
-    QStringList log;
-    ChromaxisUndoSystem h(nullptr);
-    h.beginGroup();
-    h.addUndoAction(new CountingAction(log, "ok"));
-    h.addUndoAction(new CountingAction(log, "fails", false));
-    h.endGroup();
-    QVERIFY(h.undo()); // reports that it ran, the position stays
-    QCOMPARE(h.position(), 1);
-    QCOMPARE(log.filter("undo"), QStringList({"undo fails", "undo ok"})); // every member was asked
+    QFETCH(QString, script);
+    QFETCH(QStringList, log);
+    QStringList got;
+    auto h = std::make_unique<ChromaxisUndoSystem>(nullptr);
+    for (const QString &token : script.split(' ', Qt::SkipEmptyParts)) {
+        const QString arg = token.mid(1);
+        if (token.startsWith('+'))
+            h->addUndoAction(
+                new CountingAction(got, arg.chopped(arg.endsWith('!') ? 1 : 0), !arg.endsWith('!')));
+        else if (token == "(") {
+            h->beginGroup();
+            QVERIFY(h->isGroupOpen());
+        } else if (token == ")")
+            h->endGroup();
+        else if (token.startsWith('u') || token.startsWith('r'))
+            QVERIFY2((token[0] == 'u' ? h->undo() : h->redo()) == (arg != "-"), qPrintable(token));
+        else if (token.startsWith('#'))
+            QCOMPARE(h->count(), arg.toInt());
+        else if (token.startsWith('@'))
+            QCOMPARE(h->position(), arg.toInt());
+        else if (token.endsWith('U'))
+            QVERIFY2(h->canUndo() == !token.startsWith('!'), qPrintable(token));
+        else if (token.endsWith('R'))
+            QVERIFY2(h->canRedo() == !token.startsWith('!'), qPrintable(token));
+        else if (token == "~")
+            h.reset();
+        else
+            QFAIL(qPrintable("unknown step " + token));
+    }
+    QCOMPARE(got, log);
 }
 
 void TestHistory::documentPaletteUndoRedo()
@@ -380,13 +353,8 @@ void TestHistory::macroFileErrors_data()
 void TestHistory::macroFileErrors()
 {
     QFETCH(QByteArray, text);
-    try {
-        MacroFile::decode(text, "m.cxm");
-        QFAIL("accepted");
-    } catch (const DescribedException &e) {
-        QCOMPARE(e.title(), QString("Error on reading macro"));
-        QVERIFY(e.message().contains("m.cxm"));
-    }
+    const QString got = refusal([&] { MacroFile::decode(text, "m.cxm"); });
+    QVERIFY2(got.startsWith("Error on reading macro: ") && got.contains("m.cxm"), qPrintable(got));
 }
 
 void TestHistory::playerReplaysSteps()
@@ -430,15 +398,8 @@ void TestHistory::playerReportsUnknownSteps()
         {{"delete", "selection:3-1\n"}, "The range '3-1' in the selection '3-1' runs backwards."},
         {{"tint", "opacity:50\nselection:0-2000000000\n"},
          "The selection '0-2000000000' names 2000000001 indexes; a selection holds at most 1048576."}};
-    for (const auto &[step, message] : refused) {
-        try {
-            player.play(doc, {step});
-            QFAIL(qPrintable(step.name));
-        } catch (const DescribedException &e) {
-            QCOMPARE(e.title(), QString("Error on playing macro"));
-            QCOMPARE(e.message(), message);
-        }
-    }
+    for (const auto &[step, message] : refused)
+        QCOMPARE(refusal([&, &step = step] { player.play(doc, {step}); }), "Error on playing macro: " + message);
     QCOMPARE(doc.palette().size(), 256);
 }
 

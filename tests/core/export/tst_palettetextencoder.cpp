@@ -1,6 +1,7 @@
 #include "palette/describedexception.h"
 #include "export/palettetextencoder.h"
 #include "storage/settingstext.h"
+#include "refusal.h"
 
 #include <QBuffer>
 #include <QFile>
@@ -112,28 +113,22 @@ void TestPaletteTextEncoder::formatColour_data()
     QTest::addColumn<Colour>("colour");
     QTest::addColumn<QString>("pattern");
     QTest::addColumn<QString>("expected");
+    const auto row = [](const char *tag, int index, const Colour &colour, const QString &pattern,
+                        const QString &expected) {
+        QTest::newRow(tag) << index << colour << pattern << expected;
+    };
     const Colour orange = rgb8(255, 128, 0);
-    QTest::newRow("hex") << 0 << orange << "#%R%G%B"
-                         << "#ff8000";
-    QTest::newRow("decimal") << 0 << orange << "(%r, %g, %b)"
-                             << "(255, 128, 0)";
-    QTest::newRow("low byte ignored") << 0 << Colour(0x12ff, 0x05ff, 0x00ff, 0) << "%r %R %G %B"
-                                      << "18 12 05 00";
-    QTest::newRow("index unpadded, repeated") << 1234 << orange << "%i-%i"
-                                              << "1234-1234";
-    QTest::newRow("case sensitive, unknown kept") << 3 << orange << "%I %x %% %H"
-                                                  << "%I %x %% %H";
-    QTest::newRow("hsv of orange") << 0 << orange << "%h %s %v"
-                                   << "30.1176 1 0.996109";
-    QTest::newRow("hsv small saturation uses exponent")
-        << 0 << Colour(65535, 65534, 65534, 65535) << "%h|%s|%v"
-        << "0|1.5259e-05|1";
-    QTest::newRow("hsv blue side") << 0 << Colour(0, 0x1234, 0xabcd, 65535) << "%h %s %v"
-                                   << "233.643 1 0.671107";
-    QTest::newRow("black") << 0 << Colour() << "%h %s %v %r%g%b"
-                           << "0 0 0 000";
-    QTest::newRow("alpha has no placeholder") << 0 << Colour(0, 0, 0, 65535) << "%a"
-                                              << "%a";
+    row("hex", 0, orange, "#%R%G%B", "#ff8000");
+    row("decimal", 0, orange, "(%r, %g, %b)", "(255, 128, 0)");
+    row("low byte ignored", 0, Colour(0x12ff, 0x05ff, 0x00ff, 0), "%r %R %G %B", "18 12 05 00");
+    row("index unpadded, repeated", 1234, orange, "%i-%i", "1234-1234");
+    row("case sensitive, unknown kept", 3, orange, "%I %x %% %H", "%I %x %% %H");
+    row("hsv of orange", 0, orange, "%h %s %v", "30.1176 1 0.996109");
+    row("hsv small saturation uses exponent", 0, Colour(65535, 65534, 65534, 65535), "%h|%s|%v",
+        "0|1.5259e-05|1");
+    row("hsv blue side", 0, Colour(0, 0x1234, 0xabcd, 65535), "%h %s %v", "233.643 1 0.671107");
+    row("black", 0, Colour(), "%h %s %v %r%g%b", "0 0 0 000");
+    row("alpha has no placeholder", 0, Colour(0, 0, 0, 65535), "%a", "%a");
 }
 
 void TestPaletteTextEncoder::formatColour()
@@ -152,48 +147,42 @@ void TestPaletteTextEncoder::encodes_data()
     QTest::addColumn<QList<int>>("selection");
     QTest::addColumn<int>("limit");
     QTest::addColumn<QString>("expected");
+    const auto row = [](const char *tag, const PaletteTextEncoder::Template &t, const Palette<uint> &palette,
+                        const QList<int> &selection, int limit, const QString &expected) {
+        QTest::newRow(tag) << t << palette << selection << limit << expected;
+    };
     const int all = PaletteTextEncoder::previewLimit;
 
-    QTest::newRow("empty palette") << tmpl("<h>", "%i", ",", "</h>") << Palette<uint>() << QList<int>{} << all
-                                   << "<h></h>";
-    QTest::newRow("whole palette") << tmpl("[", "%i", ",", "]") << paletteOf(4) << QList<int>{} << all
-                                   << "[0,1,2,3]";
-    QTest::newRow("selection") << tmpl("", "%i", "-", "") << paletteOf(8) << QList<int>{2, 5} << all << "2-5";
-    QTest::newRow("selection beyond the palette")
-        << tmpl("", "%i", "-", "") << paletteOf(3) << QList<int>{1, 7} << all << "1";
-    QTest::newRow("divider shows the next index")
-        << tmpl("", "e", "[%i]", "") << paletteOf(3) << QList<int>{} << all << "e[1]e[2]e";
+    row("empty palette", tmpl("<h>", "%i", ",", "</h>"), Palette<uint>(), {}, all, "<h></h>");
+    row("whole palette", tmpl("[", "%i", ",", "]"), paletteOf(4), {}, all, "[0,1,2,3]");
+    row("selection", tmpl("", "%i", "-", ""), paletteOf(8), {2, 5}, all, "2-5");
+    row("selection beyond the palette", tmpl("", "%i", "-", ""), paletteOf(3), {1, 7}, all, "1");
+    row("divider shows the next index", tmpl("", "e", "[%i]", ""), paletteOf(3), {}, all, "e[1]e[2]e");
     Palette<uint> two;
     two.append(rgb8(255, 128, 0));
     two.append(rgb8(0, 0, 255));
-    QTest::newRow("divider takes the next colour")
-        << tmpl("", "%R%G%B", " >%R%G%B< ", "") << two << QList<int>{} << all << "ff8000 >0000ff< 0000ff";
-    QTest::newRow("limit") << tmpl("", "%i", ",", "") << paletteOf(5) << QList<int>{} << 3 << "0,1,2";
-    QTest::newRow("limit zero") << tmpl("a", "%i", ",", "b") << paletteOf(5) << QList<int>{} << 0 << "ab";
-    QTest::newRow("selection past the limit")
-        << tmpl("", "%i", ",", "") << paletteOf(5) << QList<int>{1, 4} << 3 << "1";
-    QTest::newRow("escapes") << tmpl("\\a\\b\\f", "\\n\\r", "\\t", "\\v") << paletteOf(2) << QList<int>{}
-                             << all << "\a\b\f\n\r\t\n\r\v";
-    QTest::newRow("double backslash is a backslash and a break")
-        << tmpl("\\\\n", "", "", "") << paletteOf(1) << QList<int>{} << all << "\\\n";
-    QTest::newRow("unknown escape kept")
-        << tmpl("\\q\\", "", "", "") << Palette<uint>() << QList<int>{} << all << "\\q\\";
+    row("divider takes the next colour", tmpl("", "%R%G%B", " >%R%G%B< ", ""), two, {}, all,
+        "ff8000 >0000ff< 0000ff");
+    row("limit", tmpl("", "%i", ",", ""), paletteOf(5), {}, 3, "0,1,2");
+    row("limit zero", tmpl("a", "%i", ",", "b"), paletteOf(5), {}, 0, "ab");
+    row("selection past the limit", tmpl("", "%i", ",", ""), paletteOf(5), {1, 4}, 3, "1");
+    row("escapes", tmpl("\\a\\b\\f", "\\n\\r", "\\t", "\\v"), paletteOf(2), {}, all, "\a\b\f\n\r\t\n\r\v");
+    row("double backslash is a backslash and a break", tmpl("\\\\n", "", "", ""), paletteOf(1), {}, all,
+        "\\\n");
+    row("unknown escape kept", tmpl("\\q\\", "", "", ""), Palette<uint>(), {}, all, "\\q\\");
 
     Palette<uint> named = paletteOf(2);
     named.setProperty(PaletteName, "Fire");
     named.setProperty(PaletteComment, "warm");
     named.setProperty(PaletteFile, "fire");
     named.setProperty(PaletteFileExt, "fire.gpl");
-    QTest::newRow("palette properties") << tmpl("%n/%c/%f:", "%n%i", "", ";%f") << named << QList<int>{}
-                                        << all << "Fire/warm/fire:Fire0Fire1;fire";
-    QTest::newRow("missing properties are empty")
-        << tmpl("<%n|%c|%f>", "", "", "") << paletteOf(1) << QList<int>{} << all << "<||>";
-    QTest::newRow("escaped percent still expands")
-        << tmpl("\\%n ", "\\%i", ",", "") << named << QList<int>{} << all << "Fire 0,1";
+    row("palette properties", tmpl("%n/%c/%f:", "%n%i", "", ";%f"), named, {}, all,
+        "Fire/warm/fire:Fire0Fire1;fire");
+    row("missing properties are empty", tmpl("<%n|%c|%f>", "", "", ""), paletteOf(1), {}, all, "<||>");
+    row("escaped percent still expands", tmpl("\\%n ", "\\%i", ",", ""), named, {}, all, "Fire 0,1");
     Palette<uint> tricky = paletteOf(2);
     tricky.setProperty(PaletteName, "no.%i");
-    QTest::newRow("properties expand before the entry")
-        << tmpl("", "%n ", "", "") << tricky << QList<int>{} << all << "no.0 no.1 ";
+    row("properties expand before the entry", tmpl("", "%n ", "", ""), tricky, {}, all, "no.0 no.1 ");
 }
 
 void TestPaletteTextEncoder::encodes()
@@ -257,22 +246,19 @@ void TestPaletteTextEncoder::presetOutput_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<QString>("expected");
-    QTest::newRow("html table") << "html table"
-                                << "<table>\n"
-                                   "   <tr width=\"1\"><td style=\"background-color:#ff8000\"></td></tr>\n"
-                                   "   <tr width=\"1\"><td style=\"background-color:#0000ff\"></td></tr>\n"
-                                   "</table>";
-    QTest::newRow("css #1") << "css #1"
-                            << ".pal0 { background-color: rgb(255, 128, 0); }\n"
-                               ".pal1 { background-color: rgb(0, 0, 255); }\n";
-    QTest::newRow("JavaScript #2") << "JavaScript #2"
-                                   << "var palette = [\"#ff8000\", \"#0000ff\"];";
-    QTest::newRow("hex text") << "hex text"
-                              << "#ff8000\n#0000ff";
-    QTest::newRow("hext text compact") << "hext text compact"
-                                       << "ff80000000ff";
-    QTest::newRow("json #1") << "json #1"
-                             << "[\n   [255, 128, 0],\n   [0, 0, 255]]\n";
+    const auto row = [](const char *name, const QString &expected) {
+        QTest::newRow(name) << name << expected;
+    };
+    row("html table", "<table>\n"
+                      "   <tr width=\"1\"><td style=\"background-color:#ff8000\"></td></tr>\n"
+                      "   <tr width=\"1\"><td style=\"background-color:#0000ff\"></td></tr>\n"
+                      "</table>");
+    row("css #1", ".pal0 { background-color: rgb(255, 128, 0); }\n"
+                  ".pal1 { background-color: rgb(0, 0, 255); }\n");
+    row("JavaScript #2", "var palette = [\"#ff8000\", \"#0000ff\"];");
+    row("hex text", "#ff8000\n#0000ff");
+    row("hext text compact", "ff80000000ff");
+    row("json #1", "[\n   [255, 128, 0],\n   [0, 0, 255]]\n");
 }
 
 void TestPaletteTextEncoder::presetOutput()
@@ -299,23 +285,23 @@ void TestPaletteTextEncoder::parsesSettings_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<PairList>("expected");
-    QTest::newRow("plain") << "palette_textencode 2.0.0\nheader:[\nencoding:UTF-8\n"
-                           << PairList{{"2.0.0", ""}, {"header", "["}, {"encoding", "UTF-8"}};
-    QTest::newRow("value keeps every colon")
-        << "palette_textencode 2.0.0\nentry:.pal%i { background-color: rgb(%r, %g, %b); }\nx:a:b:"
-        << PairList{{"2.0.0", ""}, {"entry", ".pal%i { background-color: rgb(%r, %g, %b); }"}, {"x", "a:b:"}};
-    QTest::newRow("crlf") << "palette_textencode 2.0.0\r\nheader:a\r\nbottom:\r\n"
-                          << PairList{{"2.0.0", ""}, {"header", "a"}, {"bottom", ""}};
-    QTest::newRow("values untrimmed, keys too") << "palette_textencode 2.0.0\n divider: , \n"
-                                                << PairList{{"2.0.0", ""}, {" divider", " , "}};
-    QTest::newRow("line without colon")
-        << "palette_textencode 2.0.0\nindex:1\n  tickend \nindex:2\ntickend"
-        << PairList{{"2.0.0", ""}, {"index", "1"}, {"tickend", ""}, {"index", "2"}, {"tickend", ""}};
-    QTest::newRow("blank line") << "palette_textencode 2.0.0\n\nk:v\n"
-                                << PairList{{"2.0.0", ""}, {"", ""}, {"k", "v"}};
-    QTest::newRow("name alone") << "palette_textencode" << PairList{};
-    QTest::newRow("other version read as a key")
-        << "palette_textencode 1.9\nk:v" << PairList{{"1.9", ""}, {"k", "v"}};
+    const auto row = [](const char *tag, const QString &text, const PairList &expected) {
+        QTest::newRow(tag) << text << expected;
+    };
+    row("plain", "palette_textencode 2.0.0\nheader:[\nencoding:UTF-8\n",
+        {{"2.0.0", ""}, {"header", "["}, {"encoding", "UTF-8"}});
+    row("value keeps every colon",
+        "palette_textencode 2.0.0\nentry:.pal%i { background-color: rgb(%r, %g, %b); }\nx:a:b:",
+        {{"2.0.0", ""}, {"entry", ".pal%i { background-color: rgb(%r, %g, %b); }"}, {"x", "a:b:"}});
+    row("crlf", "palette_textencode 2.0.0\r\nheader:a\r\nbottom:\r\n",
+        {{"2.0.0", ""}, {"header", "a"}, {"bottom", ""}});
+    row("values untrimmed, keys too", "palette_textencode 2.0.0\n divider: , \n",
+        {{"2.0.0", ""}, {" divider", " , "}});
+    row("line without colon", "palette_textencode 2.0.0\nindex:1\n  tickend \nindex:2\ntickend",
+        {{"2.0.0", ""}, {"index", "1"}, {"tickend", ""}, {"index", "2"}, {"tickend", ""}});
+    row("blank line", "palette_textencode 2.0.0\n\nk:v\n", {{"2.0.0", ""}, {"", ""}, {"k", "v"}});
+    row("name alone", "palette_textencode", {});
+    row("other version read as a key", "palette_textencode 1.9\nk:v", {{"1.9", ""}, {"k", "v"}});
 }
 
 void TestPaletteTextEncoder::parsesSettings()
@@ -332,36 +318,26 @@ void TestPaletteTextEncoder::rejectsOtherDialogs_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("message");
-    QTest::newRow("other dialog")
-        << "palette_render 2.0.0\nentry:x\n"
-        << "These settings belong to \"palette_render\", not to \"palette_textencode\".";
-    QTest::newRow("longer name")
-        << "palette_textencode2 2.0.0\n"
-        << "These settings belong to \"palette_textencode2\", not to \"palette_textencode\".";
-    QTest::newRow("case differs")
-        << "Palette_TextEncode 2.0.0\n"
-        << "These settings belong to \"Palette_TextEncode\", not to \"palette_textencode\".";
-    QTest::newRow("key line first") << "entry:x\n"
-                                    << "These settings belong to \"entry:x\", not to \"palette_textencode\".";
-    QTest::newRow("empty")
-        << ""
-        << "The text holds no settings; settings for \"palette_textencode\" were expected.";
-    QTest::newRow("blank")
-        << " \r\n\n"
-        << "The text holds no settings; settings for \"palette_textencode\" were expected.";
+    const auto row = [](const char *tag, const QString &text, const QString &message) {
+        QTest::newRow(tag) << text << message;
+    };
+    row("other dialog", "palette_render 2.0.0\nentry:x\n",
+        "These settings belong to \"palette_render\", not to \"palette_textencode\".");
+    row("longer name", "palette_textencode2 2.0.0\n",
+        "These settings belong to \"palette_textencode2\", not to \"palette_textencode\".");
+    row("case differs", "Palette_TextEncode 2.0.0\n",
+        "These settings belong to \"Palette_TextEncode\", not to \"palette_textencode\".");
+    row("key line first", "entry:x\n",
+        "These settings belong to \"entry:x\", not to \"palette_textencode\".");
+    row("empty", "", "The text holds no settings; settings for \"palette_textencode\" were expected.");
+    row("blank", " \r\n\n", "The text holds no settings; settings for \"palette_textencode\" were expected.");
 }
 
 void TestPaletteTextEncoder::rejectsOtherDialogs()
 {
     QFETCH(QString, text);
     QFETCH(QString, message);
-    try {
-        SettingsText::parse(text, "palette_textencode");
-        QFAIL("accepted");
-    } catch (const DescribedException &e) {
-        QCOMPARE(e.title(), QString("Invalid settings"));
-        QCOMPARE(e.message(), message);
-    }
+    QCOMPARE(refusal([&] { SettingsText::parse(text, "palette_textencode"); }), "Invalid settings: " + message);
 }
 
 void TestPaletteTextEncoder::settingsRoundTrip()

@@ -3,6 +3,7 @@
 #include "operations/cosinepalette.h"
 #include "palette/describedexception.h"
 #include "operationtesting.h"
+#include "refusal.h"
 #include "operations/paletteblur.h"
 #include "operations/paletteoperations.h"
 #include "operations/palettetint.h"
@@ -92,39 +93,24 @@ void TestPaletteOperations::registry()
 
 void TestPaletteOperations::unknownOperation()
 {
-    try {
-        PaletteOperations::apply("tinted", paletteOf({{1, 2, 3, 4}}), {});
-        QFAIL("no exception");
-    } catch (const DescribedException &e) {
-        QCOMPARE(e.title(), QStringLiteral("Unknown operation"));
-        QCOMPARE(e.message(), QStringLiteral("There is no palette operation named 'tinted'."));
-    }
+    QCOMPARE(refusal([] { PaletteOperations::apply("tinted", paletteOf({{1, 2, 3, 4}}), {}); }),
+             QStringLiteral("Unknown operation: There is no palette operation named 'tinted'."));
 }
 
 void TestPaletteOperations::registryMatchesTypedFunctions_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<QString>("lines");
-    QTest::newRow("brightness_contrast") << "brightness_contrast"
-                                         << "brightness:30\ncontrast:-40\nsel_only:1";
-    QTest::newRow("hue_saturation_value") << "hue_saturation_value"
-                                          << "hue:-77\nsaturation:20\nvalue:-5\ncolorize:1";
-    QTest::newRow("component_manipulation")
-        << "component_manipulation"
-        << "mode:2\ncomp1:10\ncomp2:-30\ncomp3:5\ncomp4:0\nwrap:1\nsel_only:0";
-    QTest::newRow("blur") << "blur"
-                          << "mode:9\nmethod:1\nwrap:0\nvalue:3\ncomp2:1\nsel_only:1";
-    QTest::newRow("tint") << "tint"
-                          << "color:#aa00ff\nopacity:40\nsel_only:1";
-    QTest::newRow("gradienttint")
-        << "gradienttint"
-        << "color1:#00007f\nopacity1:10\ncolor2:#6ed4ff\nopacity2:40\nmode:3\nbegin:2\nend:9";
-    QTest::newRow("interpolation")
-        << "interpolation"
-        << "index:0\ncolor:4278190080\ncolorSpace:3\nfunction:1\ntickend\nindex:200\n"
-           "color:4294901760\ncolorSpace:0\nfunction:0\ntickend\nsize:300";
-    QTest::newRow("cosini") << "cosini"
-                            << "a_r:0.2\nb_g:-0.7\nc_b:2.5\nd_r:0.3\nsize:333\nkeep_aspect:1";
+    const auto row = [](const char *name, const QString &lines) { QTest::newRow(name) << name << lines; };
+    row("brightness_contrast", "brightness:30\ncontrast:-40\nsel_only:1");
+    row("hue_saturation_value", "hue:-77\nsaturation:20\nvalue:-5\ncolorize:1");
+    row("component_manipulation", "mode:2\ncomp1:10\ncomp2:-30\ncomp3:5\ncomp4:0\nwrap:1\nsel_only:0");
+    row("blur", "mode:9\nmethod:1\nwrap:0\nvalue:3\ncomp2:1\nsel_only:1");
+    row("tint", "color:#aa00ff\nopacity:40\nsel_only:1");
+    row("gradienttint", "color1:#00007f\nopacity1:10\ncolor2:#6ed4ff\nopacity2:40\nmode:3\nbegin:2\nend:9");
+    row("interpolation", "index:0\ncolor:4278190080\ncolorSpace:3\nfunction:1\ntickend\nindex:200\n"
+                         "color:4294901760\ncolorSpace:0\nfunction:0\ntickend\nsize:300");
+    row("cosini", "a_r:0.2\nb_g:-0.7\nc_b:2.5\nd_r:0.3\nsize:333\nkeep_aspect:1");
 }
 
 void TestPaletteOperations::registryMatchesTypedFunctions()
@@ -170,43 +156,27 @@ void TestPaletteOperations::badSettings_data()
     QTest::addColumn<QString>("name");
     QTest::addColumn<QString>("lines");
     QTest::addColumn<QString>("message");
-    QTest::newRow("colour") << "tint"
-                            << "color:zzz"
-                            << "The value \"zzz\" of \"color\" is not a colour like #aa00ff.";
-    QTest::newRow("integer") << "brightness_contrast"
-                             << "contrast:12.5"
-                             << "The value \"12.5\" of \"contrast\" is not an integer.";
-    QTest::newRow("empty") << "gradienttint"
-                           << "opacity1:"
-                           << "The value \"\" of \"opacity1\" is not an integer.";
-    QTest::newRow("flag") << "hue_saturation_value"
-                          << "colorize:yes"
-                          << "The value \"yes\" of \"colorize\" is not 0 or 1.";
-    QTest::newRow("space 14") << "component_manipulation"
-                              << "mode:14"
-                              << "The value \"14\" of \"mode\" is not a colour-space number 0..13.";
-    QTest::newRow("space -1") << "blur"
-                              << "mode:-1"
-                              << "The value \"-1\" of \"mode\" is not a colour-space number 0..13.";
-    QTest::newRow("gradient space") << "gradienttint"
-                                    << "mode:x"
-                                    << "The value \"x\" of \"mode\" is not a colour-space number 0..13.";
-    QTest::newRow("method")
-        << "blur"
-        << "method:2"
-        << "The value \"2\" of \"method\" is not a method 0 (running mean) or 1 (normal).";
-    QTest::newRow("not a number") << "cosini"
-                                  << "d_g:nan"
-                                  << "The value \"nan\" of \"d_g\" is not a number.";
-    QTest::newRow("size") << "cosini"
-                          << "size:1e3"
-                          << "The value \"1e3\" of \"size\" is not an integer.";
-    QTest::newRow("tick colour") << "interpolation"
-                                 << "index:0\ncolor:-5\ntickend"
-                                 << "The value \"-5\" of \"color\" is not an unsigned 32-bit number.";
-    QTest::newRow("open tick") << "interpolation"
-                               << "index:0\ncolor:4278190080\ntickend\nindex:255"
-                               << "The last colour tick is not closed by a \"tickend\" line.";
+    const auto row = [](const char *tag, const QString &name, const QString &lines, const QString &message) {
+        QTest::newRow(tag) << name << lines << message;
+    };
+    row("colour", "tint", "color:zzz", "The value \"zzz\" of \"color\" is not a colour like #aa00ff.");
+    row("integer", "brightness_contrast", "contrast:12.5",
+        "The value \"12.5\" of \"contrast\" is not an integer.");
+    row("empty", "gradienttint", "opacity1:", "The value \"\" of \"opacity1\" is not an integer.");
+    row("flag", "hue_saturation_value", "colorize:yes", "The value \"yes\" of \"colorize\" is not 0 or 1.");
+    row("space 14", "component_manipulation", "mode:14",
+        "The value \"14\" of \"mode\" is not a colour-space number 0..13.");
+    row("space -1", "blur", "mode:-1", "The value \"-1\" of \"mode\" is not a colour-space number 0..13.");
+    row("gradient space", "gradienttint", "mode:x",
+        "The value \"x\" of \"mode\" is not a colour-space number 0..13.");
+    row("method", "blur", "method:2",
+        "The value \"2\" of \"method\" is not a method 0 (running mean) or 1 (normal).");
+    row("not a number", "cosini", "d_g:nan", "The value \"nan\" of \"d_g\" is not a number.");
+    row("size", "cosini", "size:1e3", "The value \"1e3\" of \"size\" is not an integer.");
+    row("tick colour", "interpolation", "index:0\ncolor:-5\ntickend",
+        "The value \"-5\" of \"color\" is not an unsigned 32-bit number.");
+    row("open tick", "interpolation", "index:0\ncolor:4278190080\ntickend\nindex:255",
+        "The last colour tick is not closed by a \"tickend\" line.");
 }
 
 void TestPaletteOperations::badSettings()
@@ -214,13 +184,8 @@ void TestPaletteOperations::badSettings()
     QFETCH(QString, name);
     QFETCH(QString, lines);
     QFETCH(QString, message);
-    try {
-        PaletteOperations::apply(name, paletteOf({{1, 2, 3, 4}}), {}, pairsOf(lines));
-        QFAIL("no exception");
-    } catch (const DescribedException &e) {
-        QCOMPARE(e.title(), invalidSettings);
-        QCOMPARE(e.message(), message);
-    }
+    QCOMPARE(refusal([&] { PaletteOperations::apply(name, paletteOf({{1, 2, 3, 4}}), {}, pairsOf(lines)); }),
+             invalidSettings + ": " + message);
 }
 
 void TestPaletteOperations::perceptualSpaces_data()
@@ -442,14 +407,12 @@ void TestPaletteOperations::presetFiles()
 
 void TestPaletteOperations::presetValues()
 {
-    const TintSettings tint1 = TintSettings::fromPairs(presetPairs("tint", 1));
-    QCOMPARE(tint1.color, QColor("#aa00ff"));
-    QCOMPARE(tint1.opacity, 40);
-    QVERIFY(tint1.selectedOnly);
-    const TintSettings tint2 = TintSettings::fromPairs(presetPairs("tint", 2));
-    QCOMPARE(tint2.color, QColor("#008800"));
-    QCOMPARE(tint2.opacity, 40);
-    QVERIFY(tint2.selectedOnly);
+    for (const auto &[number, colour] : {std::pair<int, const char *>{1, "#aa00ff"}, {2, "#008800"}}) {
+        const TintSettings tint = TintSettings::fromPairs(presetPairs("tint", number));
+        QCOMPARE(tint.color, QColor(colour));
+        QCOMPARE(tint.opacity, 40);
+        QVERIFY(tint.selectedOnly);
+    }
 
     struct Gradient
     {
