@@ -313,8 +313,7 @@ GeneratorRaster render(const GeneratorSettings &settings, const Palette<uint> &p
     raster.height = h;
     std::vector<uint32_t> pixels;
     try {
-        // Every value is written below: no need to clear them first.
-        raster.values.resize(size_t(w) * size_t(h));
+        raster.values.assign(size_t(w) * size_t(h), 0.0f);
         if (!settings.usesPalette()) {
             raster.colours = QImage(w, h, QImage::Format_ARGB32);
             if (raster.colours.isNull())
