@@ -73,11 +73,12 @@ bool guiApplication(QString *reason)
     return false;
 }
 
-// The framebuffer of one tile size; the context it was made in must be current to free it.
+// The framebuffer of one tile size; the context it was made in must be current to free it. One
+// quad without depth test is drawn into it, so it has no depth buffer to clear.
 struct Framebuffer
 {
     QOpenGLFunctions *f = nullptr;
-    GLuint fbo = 0, colour = 0, depth = 0;
+    GLuint fbo = 0, colour = 0;
     int width = 0, height = 0;
 
     void release()
@@ -87,8 +88,6 @@ struct Framebuffer
         f->glBindFramebuffer(GL_FRAMEBUFFER, 0);
         if (colour)
             f->glDeleteRenderbuffers(1, &colour);
-        if (depth)
-            f->glDeleteRenderbuffers(1, &depth);
         if (fbo)
             f->glDeleteFramebuffers(1, &fbo);
         *this = Framebuffer();
@@ -111,10 +110,6 @@ struct Framebuffer
         f->glBindRenderbuffer(GL_RENDERBUFFER, colour);
         f->glRenderbufferStorage(GL_RENDERBUFFER, GL_RGBA8, w, h);
         f->glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_RENDERBUFFER, colour);
-        f->glGenRenderbuffers(1, &depth);
-        f->glBindRenderbuffer(GL_RENDERBUFFER, depth);
-        f->glRenderbufferStorage(GL_RENDERBUFFER, GL_DEPTH_COMPONENT24, w, h);
-        f->glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_DEPTH_ATTACHMENT, GL_RENDERBUFFER, depth);
         if (f->glCheckFramebufferStatus(GL_FRAMEBUFFER) == GL_FRAMEBUFFER_COMPLETE)
             return true;
         release();
