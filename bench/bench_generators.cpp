@@ -111,7 +111,9 @@ void BM_CpuEvaluator(benchmark::State &state)
     report(state, which, seconds / double(state.iterations()));
 }
 
-// The whole OpenGL render of the dialog's OK: context, framebuffer, shaders, draw and read-back.
+// The whole OpenGL render of the dialog's OK as it is repeated: the renderer keeps its context,
+// framebuffer and programs from one render to the next (the first render of the run makes them),
+// so each render pays for the draw, the read-back and its decoding.
 void BM_OpenGl(benchmark::State &state)
 {
     const int which = int(state.range(0));

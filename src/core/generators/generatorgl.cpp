@@ -41,9 +41,16 @@ struct ActiveUniform
 
 struct GeneratorGL::Private
 {
-    std::unique_ptr<QOpenGLShaderProgram> program;
-    QString programShader;
-    std::map<QString, ActiveUniform> uniforms;
+    struct Program
+    {
+        std::unique_ptr<QOpenGLShaderProgram> program;
+        std::map<QString, ActiveUniform> uniforms;
+    };
+    // Every program built in this context, by fragment shader: compiling and linking costs more
+    // than a small render (a software driver compiles to machine code), and switching generators
+    // back and forth should not pay it again.
+    std::map<QString, Program> programs;
+    Program *current = nullptr;
 
     GLuint texture = 0;
     bool paletteDirty = true;
@@ -102,11 +109,12 @@ void GeneratorGL::setPalette(const Palette<uint> &palette)
 
 bool GeneratorGL::Private::buildProgram(const QString &fragment, QString *error)
 {
-    if (program && programShader == fragment)
+    const auto cached = programs.find(fragment);
+    if (cached != programs.end()) {
+        current = &cached->second;
         return true;
-    program.reset();
-    uniforms.clear();
-    programShader.clear();
+    }
+    current = nullptr;
     const QByteArray fragmentText = ShaderSource::load(fragment, error);
     if (fragmentText.isEmpty())
         return false;
@@ -118,8 +126,8 @@ bool GeneratorGL::Private::buildProgram(const QString &fragment, QString *error)
             *error = QStringLiteral("The shader %1 cannot be built:\n%2").arg(fragment, p->log().trimmed());
         return false;
     }
-    program = std::move(p);
-    programShader = fragment;
+    current = &programs[fragment];
+    current->program = std::move(p);
     return true;
 }
 
@@ -158,6 +166,7 @@ void GeneratorGL::Private::uploadPalette(QOpenGLFunctions_2_1 *f)
 
 void GeneratorGL::Private::setUniform(QOpenGLFunctions_2_1 *f, const QString &name, const Values &v)
 {
+    const std::map<QString, ActiveUniform> &uniforms = current->uniforms;
     const auto it = uniforms.find(name);
     if (it == uniforms.end())
         return;
@@ -217,8 +226,9 @@ bool GeneratorGL::drawWith(const QString &fragment, const GeneratorSettings &set
     }
     if (!d->buildProgram(fragment, error))
         return false;
-    QOpenGLShaderProgram &program = *d->program;
-    if (d->uniforms.empty()) {
+    QOpenGLShaderProgram &program = *d->current->program;
+    std::map<QString, ActiveUniform> &uniforms = d->current->uniforms;
+    if (uniforms.empty()) {
         // Each uniform is set in the type its shader declares, so a shader may take an offset as
         // vec2 or vec4, in float or in double.
         GLint count = 0;
@@ -232,7 +242,7 @@ bool GeneratorGL::drawWith(const QString &fragment, const GeneratorSettings &set
             QString key = QString::fromLatin1(name, length);
             if (key.endsWith(QLatin1String("[0]")))
                 key.chop(3);
-            d->uniforms[key] = {f->glGetUniformLocation(program.programId(), name), type};
+            uniforms[key] = {f->glGetUniformLocation(program.programId(), name), type};
         }
     }
 
@@ -289,7 +299,6 @@ void GeneratorGL::release()
         context->functions()->glDeleteTextures(1, &d->texture);
     d->texture = 0;
     d->paletteDirty = true;
-    d->program.reset();
-    d->programShader.clear();
-    d->uniforms.clear();
+    d->current = nullptr;
+    d->programs.clear();
 }

@@ -31,9 +31,9 @@ public:
     void setPalette(const Palette<uint> &palette);
     // Draws the quad covering the viewport with gray 0 (the palette's colours) or gray 1 (the
     // encoded value). aspectWidth x aspectHeight: the picture's size for the aspect stretch; the
-    // preview passes 1 x 1 (unstretched). Builds the program (again when the shader changes)
-    // and the texture as needed. False, with the compiler's or linker's log in *error, when the
-    // program cannot be built.
+    // preview passes 1 x 1 (unstretched). Builds the program of each fragment shader once, keeping
+    // it until release(), and the texture as needed. False, with the compiler's or linker's log
+    // in *error, when the program cannot be built.
     bool draw(const GeneratorSettings &settings, bool gray, int aspectWidth, int aspectHeight,
               QString *error = nullptr);
     // The same with another fragment shader than the settings' own (a resource or file path):

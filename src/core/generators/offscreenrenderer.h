@@ -10,7 +10,9 @@
 // Renders a generator with its shaders into an off-screen framebuffer (a GL_RGBA8 colour
 // renderbuffer: the 16-bit encoding needs 8 bits a channel) of its own context and surface, and
 // reads the picture back, rows bottom-up so that row 0 is the top. Needs a QGuiApplication on a
-// platform with OpenGL.
+// platform with OpenGL. On the GUI thread the context, its surface, the framebuffer and the
+// programs built are kept for the next render until the application quits (or release()); a
+// render puts back whatever context was current before it.
 namespace OffscreenRenderer {
 
 // A shader that does not compile or link here (a driver without double precision, say); the
@@ -36,5 +38,7 @@ bool available(QString *reason = nullptr);
 // framebuffer or program can be made (ProgramFailure for the program).
 GeneratorRaster render(const GeneratorSettings &settings, const Palette<uint> &palette,
                        const Options &options = {});
+// Frees the kept context and all that was made in it now; the next render makes them again.
+void release();
 
 } // namespace OffscreenRenderer
