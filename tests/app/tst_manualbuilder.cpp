@@ -216,7 +216,7 @@ void TestManualBuilder::pdfHasPagesWithText()
     write(dir.filePath("one.md"), "# First page\n\nDithering spreads the error.\n\n![shot](images/shot.png)\n");
     write(dir.filePath("two.md"), longPage);
     const QString pdf = dir.filePath("manual.pdf");
-    QCOMPARE(runBuilder({"--pdf", pdf, "--title", "Test manual", dir.filePath("one.md"), dir.filePath("two.md")})
+    QCOMPARE(runBuilder({"--pdf", pdf, "--pdf-title", "Test manual", dir.filePath("one.md"), dir.filePath("two.md")})
                  .exitCode,
              0);
     // A title sheet, one sheet for the first page, more than one for the long page.

@@ -2,7 +2,7 @@
 // qhelpgenerator compiles, and the same pages as one PDF.
 //
 // chromaxis-manual-builder [--order FILE] [--menus] [--html DIR] [--qch FILE] [--pdf FILE]
-//                          [--title TEXT] PAGE.md...
+//                          [--pdf-title TEXT] PAGE.md...
 #include "manualsource.h"
 
 #include <QCommandLineParser>
@@ -243,7 +243,10 @@ int main(int argc, char *argv[])
     parser.addOption({QStringLiteral("qch"), QStringLiteral("The compiled help the collection project names."),
                       QStringLiteral("file")});
     parser.addOption({QStringLiteral("pdf"), QStringLiteral("Write the manual as one PDF."), QStringLiteral("file")});
-    parser.addOption({QStringLiteral("title"), QStringLiteral("The PDF's title."), QStringLiteral("text")});
+    parser.addOption(
+        {QStringLiteral("pdf-title"),
+         QStringLiteral("The PDF's title (not \"--title\": the X11 platform takes that one for itself)."),
+         QStringLiteral("text")});
     parser.addPositionalArgument(QStringLiteral("pages"), QStringLiteral("Markdown pages."));
     parser.process(app);
 
@@ -296,7 +299,7 @@ int main(int argc, char *argv[])
         && !writeHtml(parser.value(QStringLiteral("html")), pages, parser.value(QStringLiteral("qch"))))
         return 1;
     if (parser.isSet(QStringLiteral("pdf"))) {
-        const QString title = parser.isSet(QStringLiteral("title")) ? parser.value(QStringLiteral("title"))
+        const QString title = parser.isSet(QStringLiteral("pdf-title")) ? parser.value(QStringLiteral("pdf-title"))
                                                                      : QStringLiteral("Chromaxis manual");
         if (!writePdf(parser.value(QStringLiteral("pdf")), title, pages))
             return 1;
