@@ -285,6 +285,8 @@ void TestHelpViewer::dialogF1OpensItsPage_data()
     // By the dialog's class, where the page names it differently:
     QTest::newRow("sort") << "paletteSortColors" << "palette-commands.html#sort-colors";
     QTest::newRow("selection pattern") << "selectPattern" << "palette-dialogs.html#selection-pattern";
+    QTest::newRow("mandelbrot") << "imageGenerateMandelbrot" << "generator-dialogs.html#mandelbrot-julia-ifs-and-plasma";
+    QTest::newRow("moiree") << "imageGenerateMoiree" << "generator-dialogs.html#moiré";
 }
 
 void TestHelpViewer::dialogF1OpensItsPage()

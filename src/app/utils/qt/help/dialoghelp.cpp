@@ -15,7 +15,8 @@
 
 namespace {
 
-// Dialogs whose title is not a heading of their page, or is shared with another dialog.
+// Dialogs whose title is not a heading of their page, or is shared with another dialog. The pages
+// are UTF-8: a heading's anchor keeps its accents ("moiré").
 const std::pair<const char *, const char *> pagesByClass[] = {
     {"RGBImageDialog", "image-dialogs.html#opening-an-rgb-picture"},
     {"ImageConvertDialog", "image-dialogs.html#convert-image"},
@@ -30,6 +31,14 @@ const std::pair<const char *, const char *> pagesByClass[] = {
     {"ResizePaletteDialog", "palette-commands.html#resize-the-palette"},
     {"RepetitionPatternDialog", "palette-commands.html#repetition-pattern"},
     {"PersianRasterDialog", "palette-commands.html#persian-raster"},
+    {"MandelbrotDialog", "generator-dialogs.html#mandelbrot-julia-ifs-and-plasma"},
+    {"JuliaDialog", "generator-dialogs.html#mandelbrot-julia-ifs-and-plasma"},
+    {"IFSDialog", "generator-dialogs.html#mandelbrot-julia-ifs-and-plasma"},
+    {"PlasmaDialog", "generator-dialogs.html#mandelbrot-julia-ifs-and-plasma"},
+    {"ApollonianDialog", "generator-dialogs.html#apollonian-gasket"},
+    {"NoiseDialog", "generator-dialogs.html#noise"},
+    {"GradientDialog", "generator-dialogs.html#gradient"},
+    {"MoireeDialog", "generator-dialogs.html#moiré"},
 };
 
 QUrl urlForTitle(QHelpEngine *engine, QString title)
@@ -61,7 +70,7 @@ QString DialogHelp::pageForClass(const QDialog *dialog)
     for (const QMetaObject *m = dialog->metaObject(); m; m = m->superClass()) {
         for (const auto &entry : pagesByClass) {
             if (qstrcmp(m->className(), entry.first) == 0)
-                return QString::fromLatin1(entry.second);
+                return QString::fromUtf8(entry.second);
         }
     }
     return {};
@@ -71,7 +80,7 @@ QList<QPair<QString, QString>> DialogHelp::classPages()
 {
     QList<QPair<QString, QString>> out;
     for (const auto &entry : pagesByClass)
-        out.append({QString::fromLatin1(entry.first), QString::fromLatin1(entry.second)});
+        out.append({QString::fromLatin1(entry.first), QString::fromUtf8(entry.second)});
     return out;
 }
 
