@@ -12,6 +12,7 @@
 #include "img_gen/plasma/plasmadialog.h"
 
 #include <QApplication>
+#include <QProgressDialog>
 
 bool ChromaxisMainWindow::runGeneratorDialog(GenImageDialog &dialog)
 {
@@ -19,11 +20,28 @@ bool ChromaxisMainWindow::runGeneratorDialog(GenImageDialog &dialog)
     if (dialog.exec() != QDialog::Accepted)
         return false;
     const GeneratorSettings settings = dialog.settings();
-    // A large or deep picture takes a while; the window cannot be used meanwhile anyway.
+    // A large or deep picture takes a while. The processor's evaluation reports its progress and
+    // can be cancelled; a render on the graphics card is one draw and shows the busy cursor only.
     QApplication::setOverrideCursor(Qt::WaitCursor);
-    const bool done = run([&] { m_commands.generateImage(settings); });
+    QProgressDialog progress(tr("Generating the image..."), tr("Cancel"), 0, 100, this);
+    progress.setObjectName(QStringLiteral("generateProgress"));
+    progress.setWindowTitle(dialog.windowTitle());
+    progress.setWindowModality(Qt::WindowModal);
+    progress.setMinimumDuration(400);
+    bool cancelled = false;
+    const bool done = run([&] {
+        try {
+            m_commands.generateImage(settings, ImageGenerator::Renderer::Auto, [&](int percent) {
+                progress.setValue(percent);
+                return !progress.wasCanceled();
+            });
+        } catch (const ImageGenerator::Cancelled &) {
+            cancelled = true;
+        }
+    });
+    progress.setValue(progress.maximum());
     QApplication::restoreOverrideCursor();
-    return done;
+    return done && !cancelled;
 }
 
 void ChromaxisMainWindow::imageGenerateMandelbrot()

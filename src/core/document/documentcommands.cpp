@@ -467,9 +467,10 @@ void DocumentCommands::transformImage(const QString &step)
     record(step);
 }
 
-void DocumentCommands::generateImage(const GeneratorSettings &settings, ImageGenerator::Renderer renderer)
+void DocumentCommands::generateImage(const GeneratorSettings &settings, ImageGenerator::Renderer renderer,
+                                     const ImageGenerator::Progress &progress)
 {
-    installGenerated(ImageGenerator::generate(settings, m_document.palette(), renderer), settings);
+    installGenerated(ImageGenerator::generate(settings, m_document.palette(), renderer, progress), settings);
 }
 
 void DocumentCommands::installGenerated(const DocumentImage &image, const GeneratorSettings &settings)

@@ -118,10 +118,12 @@ public:
     // ---- Generators
     // Replaces the image with a generator's picture through the document's palette, which stays as
     // it is: one history step, then the macro step settings.macroStep() with the settings text.
-    // A render that fails throws before anything has changed.
+    // A render that fails, or that progress cancels (ImageGenerator::Cancelled), throws before
+    // anything has changed.
     void generateImage(const GeneratorSettings &settings,
-                       ImageGenerator::Renderer renderer = ImageGenerator::Renderer::Auto);
-    // The same with a picture already made (a dialog's OK renders it itself, with a progress).
+                       ImageGenerator::Renderer renderer = ImageGenerator::Renderer::Auto,
+                       const ImageGenerator::Progress &progress = {});
+    // The same with a picture already made elsewhere.
     void installGenerated(const DocumentImage &image, const GeneratorSettings &settings);
 
     // ---- Projects and the document as a whole
