@@ -1,6 +1,7 @@
 #include "conversioncommands.h"
 
 #include "cliargs.h"
+#include "clidocument.h"
 #include "palette/describedexception.h"
 #include "storage/documentimageio.h"
 #include "conversion/batchapply.h"
@@ -23,50 +24,13 @@
 
 namespace {
 
-// The document IN becomes when the window opens it: a project's image and palette, or an image
-// file shown through the start-up palette. A fresh window has no last palette until an image in
-// its own colours replaces the start-up palette.
-struct Input
+// What a project result keeps of its input: the image's file, and whether the palette changed.
+ProjectData resultProject(const Palette<uint> &palette, const CliDocument &input)
 {
-    DocumentImage image;
-    Palette<uint> palette;
-    Palette<uint> lastPalette;
-    QString imageFileName;
-};
-
-Input openInput(const QString &path)
-{
-    if (!isProjectPath(path)) {
-        DocumentImage image = DocumentImageIO::load(path);
-        const Palette<uint> colours = DocumentCommands::ownColours(image, path);
-        if (colours.isEmpty())
-            return {std::move(image), grayscalePalette(), {}, path};
-        return {std::move(image), colours, grayscalePalette(), path};
-    }
-    ProjectData project = ProjectFile::read(path);
-    if (project.image.isNull())
-        throw DescribedException(
-            QStringLiteral("No image"),
-            QStringLiteral("The project %1 holds no image.").arg(QFileInfo(path).fileName()));
-    return {std::move(project.image), std::move(project.palette), {}, project.imageFileName};
-}
-
-// A project holding the result and its palette, or the image file (rendered through the palette,
-// indexed where the result is and the format allows it; .npy keeps the cells).
-void writeResult(const QString &path, DocumentImage image, const Palette<uint> &palette, const Input &input)
-{
-    if (isProjectPath(path)) {
-        ProjectData project;
-        project.palette = palette;
-        project.paletteModified = palette != input.palette;
-        project.image = std::move(image);
-        project.imageFileName = input.imageFileName;
-        project.imageModified = true;
-        ProjectFile::write(path, project);
-        return;
-    }
-    image.render(palette);
-    DocumentImageIO::save(path, image);
+    ProjectData project;
+    project.paletteModified = palette != input.palette;
+    project.imageFileName = input.imageFileName;
+    return project;
 }
 
 // A progress line on stderr, only when it is a terminal.
@@ -102,14 +66,14 @@ int imageConvert(CliContext &ctx)
     args.expectOperands(2);
     const ImageConvertSettings settings =
         ImageConvertSettings::fromPairs(settingsFromArgs(args, ImageConvertSettings::settingsName));
-    const Input input = openInput(args.operands()[0]);
+    const CliDocument input = openCliDocument(args.operands()[0]);
     const PaletteDatabase &db = PaletteDatabase::shipped();
     ImageConverter converter(&db);
     settings.configure(converter, input.palette);
     showProgress(converter);
     DocumentImage result = converter.convert(input.image, input.palette);
     reportMissing(ctx, converter.missingPalettes());
-    writeResult(args.operands()[1], std::move(result), converter.destinationPalette(), input);
+    writeImageResult(args.operands()[1], std::move(result), converter.destinationPalette(), resultProject(converter.destinationPalette(), input));
     return ExitOk;
 }
 
@@ -119,7 +83,7 @@ int imageQuantise(CliContext &ctx)
     args.expectOperands(2);
     const ImageQuantisizeSettings settings =
         ImageQuantisizeSettings::fromPairs(settingsFromArgs(args, ImageQuantisizeSettings::settingsName));
-    Input input = openInput(args.operands()[0]);
+    CliDocument input = openCliDocument(args.operands()[0]);
     // The shipped palettes are parsed only when the palette comes from them ("From DB"): they
     // take megabytes beside an image that may take all the memory there is.
     ImageQuantisizer quantisizer(settings.palette == 4 ? &PaletteDatabase::shipped() : nullptr);
@@ -132,7 +96,7 @@ int imageQuantise(CliContext &ctx)
     }
     input.image = DocumentImage(); // the source is not needed for writing
     reportMissing(ctx, quantisizer.missingPalettes());
-    writeResult(args.operands()[1], std::move(result), quantisizer.destinationPalette(), input);
+    writeImageResult(args.operands()[1], std::move(result), quantisizer.destinationPalette(), resultProject(quantisizer.destinationPalette(), input));
     return ExitOk;
 }
 
@@ -146,13 +110,13 @@ int imageFast(CliContext &ctx)
         throw CliUsageError{
             QStringLiteral("unknown conversion '%1'; one of: %2")
                 .arg(elidedValue(name), (FastConversions::names() + ImageTransforms::names()).join(QStringLiteral(", ")))};
-    Input input = openInput(args.operands()[1]);
+    CliDocument input = openCliDocument(args.operands()[1]);
     // A transform moves the pixels and keeps the palette the image is shown with.
     FastConversions::Result r =
         transform ? FastConversions::Result{ImageTransforms::apply(name, input.image), input.palette}
                   : FastConversions::apply(name, input.image, input.palette, input.lastPalette);
     input.image = DocumentImage();
-    writeResult(args.operands()[2], std::move(r.image), r.palette, input);
+    writeImageResult(args.operands()[2], std::move(r.image), r.palette, resultProject(r.palette, input));
     return ExitOk;
 }
 

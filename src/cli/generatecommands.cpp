@@ -1,6 +1,7 @@
 #include "generatecommands.h"
 
 #include "cliargs.h"
+#include "clidocument.h"
 #include "document/documentcommands.h"
 #include "document/imagelimits.h"
 #include "formats/paletteformats.h"
@@ -80,20 +81,6 @@ Palette<uint> paletteFrom(const QString &path)
     return colours;
 }
 
-void writeResult(const QString &path, DocumentImage image, const Palette<uint> &palette)
-{
-    if (isProjectPath(path)) {
-        ProjectData project;
-        project.palette = palette;
-        project.image = std::move(image);
-        project.imageModified = true;
-        ProjectFile::write(path, project);
-        return;
-    }
-    image.render(palette);
-    DocumentImageIO::save(path, image);
-}
-
 } // namespace
 
 bool generateWantsOpenGL(int argc, char *argv[])
@@ -151,6 +138,6 @@ int generate(CliContext &ctx)
     const Palette<uint> palette =
         args.has(QStringLiteral("palette")) ? paletteFrom(args.value(QStringLiteral("palette"))) : grayscalePalette();
     DocumentImage image = ImageGenerator::generate(settings, palette, renderer);
-    writeResult(args.operands()[1], std::move(image), palette);
+    writeImageResult(args.operands()[1], std::move(image), palette);
     return ExitOk;
 }

@@ -1,6 +1,7 @@
 #include "imagecommands.h"
 
 #include "cliargs.h"
+#include "clidocument.h"
 #include "clijson.h"
 #include "document/documentcommands.h"
 #include "export/animationexport.h"
@@ -15,30 +16,6 @@
 #include <QJsonDocument>
 
 namespace {
-
-struct OpenedDocument
-{
-    DocumentImage image;
-    Palette<uint> palette;
-};
-
-// The image a file becomes when the window opens it, with the palette it is shown through: a
-// project's own palette, for an image file its own colours or else the start-up palette of a
-// fresh window.
-OpenedDocument openDocument(const QString &path)
-{
-    if (!isProjectPath(path)) {
-        DocumentImage image = DocumentImageIO::load(path);
-        const Palette<uint> colours = DocumentCommands::ownColours(image, path);
-        return {std::move(image), colours.isEmpty() ? grayscalePalette() : colours};
-    }
-    ProjectData project = ProjectFile::read(path);
-    if (project.image.isNull())
-        throw DescribedException(
-            QStringLiteral("No image"),
-            QStringLiteral("The project %1 holds no image.").arg(QFileInfo(path).fileName()));
-    return {std::move(project.image), std::move(project.palette)};
-}
 
 // A whole number for one of animation's options; anything else is a usage error.
 int intOption(const CliArgs &args, const QString &name)
@@ -58,7 +35,7 @@ int imageShow(CliContext &ctx)
 {
     const CliArgs args(ctx.args, {});
     args.expectOperands(1);
-    OpenedDocument document = openDocument(args.operands()[0]);
+    CliDocument document = openCliDocument(args.operands()[0]);
     DocumentImage &image = document.image;
     const Palette<uint> &palette = document.palette;
     image.render(palette);
@@ -83,7 +60,7 @@ int imageRender(CliContext &ctx)
         if (v != QLatin1String("0") && v != QLatin1String("1"))
             throw CliUsageError{QStringLiteral("--interpolate takes 0 or 1")};
     }
-    OpenedDocument document = openDocument(args.operands()[0]);
+    CliDocument document = openCliDocument(args.operands()[0]);
     DocumentImage &image = document.image;
     if (args.has(QStringLiteral("interpolate")))
         image.setInterpolate(args.value(QStringLiteral("interpolate")) == QLatin1String("1"));
@@ -100,7 +77,7 @@ int imagePrint(CliContext &ctx)
 {
     const CliArgs args(ctx.args, {{QStringLiteral("palette")}});
     args.expectOperands(2);
-    OpenedDocument document = openDocument(args.operands()[0]);
+    CliDocument document = openCliDocument(args.operands()[0]);
     DocumentImage &image = document.image;
     image.render(args.has(QStringLiteral("palette")) ? readPaletteFile(args.value(QStringLiteral("palette")), QString())
                                                      : document.palette);
@@ -141,7 +118,7 @@ int animation(CliContext &ctx)
     const AnimationExport::Settings settings{intOption(args, QStringLiteral("start")),
                                              intOption(args, QStringLiteral("end")),
                                              intOption(args, QStringLiteral("fps"))};
-    OpenedDocument document = openDocument(args.operands()[0]);
+    CliDocument document = openCliDocument(args.operands()[0]);
     const Palette<uint> palette = args.has(QStringLiteral("palette"))
                                       ? readPaletteFile(args.value(QStringLiteral("palette")), QString())
                                       : document.palette;
